@@ -1,0 +1,35 @@
+// Time control of the analysis: end time, time step (0 selects the automatic
+// stable step), print interval and the print schedule.
+#pragma once
+
+#include "Token.h"
+
+#include <string>
+#include <vector>
+
+class ControlSet {
+public:
+    ControlSet() = default;
+    virtual ~ControlSet() = default;
+
+    void parseOstrel(std::vector<Token> tokens);
+    void setInitialConditions() {}
+    // True when results are due at time t; grants at most one print per call,
+    // so a step longer than the print interval makes the schedule lag.
+    bool timeToPrint(double t);
+
+    double getTimeStep() const { return timeStep; }
+    double getPrintStep() const { return printStep; }
+    double getEndTime() const { return endTime; }
+    double getStartTime() const { return startTime; }
+    std::string getWriter() const { return writer; }
+
+private:
+    int printCount = 0;
+    double startTime = 0.0;
+    double endTime = 0.0;
+    double timeStep = 0.0;
+    double printStep = 0.0;
+    bool runGiven = false;
+    std::string writer = "VTK";
+};

@@ -1,0 +1,62 @@
+// Abstract element: the virtual interface through which the model assembles
+// lumped masses, sets initial conditions and runs the explicit loop, plus the
+// construction of an orthonormal local basis from three points.
+#pragma once
+
+#include "TntExtras.h"
+#include "Token.h"
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class Node;
+class Material;
+class Load;
+
+class Element {
+public:
+    Element();
+    virtual ~Element();
+
+    virtual void parseOstrel() = 0;
+    virtual void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
+                             const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                             const std::vector<std::shared_ptr<Material>>& materials,
+                             const std::vector<std::shared_ptr<Load>>& loads) = 0;
+    virtual void assembleMassMatrix() = 0;
+    virtual void setInitialConditions() = 0;
+    virtual double checkTimestep(double dt) = 0;
+    virtual void updateLocalCoordinateSystem() = 0;
+    virtual int getNumberOfIntegrationPoints() = 0;
+    virtual void computeStrain(double dt, int ip) = 0;
+    virtual void computeStress(double dt, int ip) = 0;
+    virtual void computeInternalForces(double dt, int ip) = 0;
+    virtual void computeExternalForces(double time) = 0;
+    virtual void computeContactForces() = 0;
+    // Text for the result writer and the trackers:
+    //   (0, 0) the VTK cell type line, (1, 0) the cell line,
+    //   (100, c) strain component c, (200, c) stress component c.
+    virtual std::string printVTK(int what, int component);
+
+    int getNumber() const { return number; }
+    void setNumber(int n) { number = n; }
+    int getNumberOfNodes() const { return numberOfNodes; }
+    const std::vector<std::shared_ptr<Node>>& getNodes() const { return nodes; }
+
+    // Right-handed orthonormal basis written row-wise: row 0 the unit vector
+    // P1->P2, row 2 the unit normal of the plane P1 P2 P3, row 1 = row 2 x row 0.
+    static void calculateLocalBasis(double x1, double y1, double z1, double x2, double y2, double z2,
+                                    double x3, double y3, double z3, TNT::Array2D<double>& basis);
+
+protected:
+    // Formats an element value for the result file: "%f", or "0.0" for
+    // magnitudes of at most 1e-10 when zeroSmall is set.
+    static std::string formatValue(double v, bool zeroSmall);
+
+    int number;
+    int numberOfNodes;
+    std::vector<std::shared_ptr<Node>> nodes;
+    std::string vtkCellType;
+};

@@ -1,0 +1,50 @@
+// Abstract constitutive law. Elements hold a private copy (copyMat) so that a
+// law may keep per-element state; rods call computeStress1D, membranes and
+// shells computeStress2D with six-component vectors ordered
+// 11, 22, 33, 12, 13, 23 (engineering shears).
+#pragma once
+
+#include "TntExtras.h"
+#include "Token.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class Material {
+public:
+    virtual ~Material() = default;
+
+    virtual void parseOstrel(std::vector<Token> tokens) = 0;
+    virtual void setInitialConditions(TNT::Array2D<double>& basis) = 0;
+    virtual double wavespeed1D() = 0;
+    virtual double wavespeed2D() = 0;
+    virtual void computeStress1D(double& strain, double& strainIncrement, double& stress) = 0;
+    virtual void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
+                                 TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) = 0;
+    virtual std::shared_ptr<Material> copyMat() = 0;
+
+    std::string getName() const { return name; }
+    const std::string& nameRef() const { return name; }
+    std::string getType() const { return type; }
+    double getDensity() const { return density; }
+    double getNu() const { return nu; }
+    double getYoungsModulus() const { return youngsModulus; }
+    double getAlpha() const { return alpha; }
+    void setName(std::string& n) {
+        name = n;
+        nameSet = true;
+    }
+
+protected:
+    std::string name;
+    std::string type;
+    double youngsModulus = 0.0;
+    double density = 0.0;
+    double nu = 0.0;
+    double alpha = 0.0;
+    bool nameSet = false;
+    bool densitySet = false;
+    bool youngsModulusSet = false;
+    bool nuSet = false;
+};

@@ -1,0 +1,300 @@
+#include "Model.h"
+
+#include "Amplitude.h"
+#include "Constraint.h"
+#include "ControlSet.h"
+#include "Element.h"
+#include "Load.h"
+#include "Logger.h"
+#include "LoggerLibrary.h"
+#include "Material.h"
+#include "Node.h"
+#include "Reader.h"
+#include "ReaderLibrary.h"
+#include "Tracker.h"
+#include "Writer.h"
+#include "WriterLibrary.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+std::string fixed(double v) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%f", v);
+    return buf;
+}
+
+double secondsSince(const std::chrono::steady_clock::time_point& start) {
+    const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - start);
+    return static_cast<double>(ns.count()) / 1e9;
+}
+} // namespace
+
+Model::Model(const int& id_, const std::string& deckPath) : inputPath(deckPath), id(id_) {}
+
+Model::~Model() {
+    // Neighbour links are shared pointers between nodes; break the chain so
+    // that the nodes are freed with the model.
+    for (auto& n : nodes) n->clearNeighbours();
+}
+
+void Model::initialize() {
+    try {
+        logger = LoggerLibrary::getLogger(".md");
+        logger->init(inputPath);
+        reader = ReaderLibrary::getReader(inputPath.extension().string());
+        reader->init(inputPath);
+
+        logger->writeSection("File info", 1);
+        logger->writeList("File name: " + reader->filename(), 0);
+        logger->writeList("Extension: " + reader->extension(), 0);
+        logger->newLine();
+
+        numberOfNodes = reader->numberOfNodes();
+        numberOfElements = reader->numberOfElements();
+        numberOfConstraints = reader->numberOfConstraints();
+        numberOfMaterials = reader->numberOfMaterials();
+        numberOfControls = reader->numberOfControls();
+        numberOfTrackers = reader->numberOfTrackers();
+        numberOfLoads = reader->numberOfLoads();
+        numberOfAmplitudes = reader->numberOfAmplitudes();
+
+        reader->rewindFile();
+        for (int i = 0; i < numberOfControls; ++i) reader->getControlSet(controlSet);
+        reader->rewindFile();
+        for (int i = 0; i < numberOfAmplitudes; ++i) amplitudes.push_back(reader->getNextAmplitude());
+        reader->rewindFile();
+        for (int i = 0; i < numberOfConstraints; ++i) constraints.push_back(reader->getNextConstraint(nodes, amplitudes));
+        reader->rewindFile();
+        for (int i = 0; i < numberOfLoads; ++i) loads.push_back(reader->getNextLoad(amplitudes));
+        reader->rewindFile();
+        for (int i = 0; i < numberOfMaterials; ++i) materials.push_back(reader->getNextMaterial());
+        reader->rewindFile();
+        nodes.reserve(numberOfNodes);
+        for (int i = 0; i < numberOfNodes; ++i) {
+            auto n = reader->getNextNode(constraints, loads);
+            nodes.push_back(n);
+            nodeMap.emplace(n->getNumber(), n);
+        }
+        reader->rewindFile();
+        elements.reserve(numberOfElements);
+        for (int i = 0; i < numberOfElements; ++i) {
+            auto e = reader->getNextElement(nodes, nodeMap, materials, loads);
+            elements.push_back(e);
+            elementMap.emplace(e->getNumber(), e);
+        }
+        writer = WriterLibrary::getWriterOstrel("VTK");
+        writer->init(inputPath);
+        reader->rewindFile();
+        for (int i = 0; i < numberOfTrackers; ++i) trackers.push_back(reader->getNextTracker(nodeMap, elementMap));
+
+        logger->writeSection("Model info", 1);
+        logger->writeList("Number of objects instances ", 0);
+        logger->writeList("Nodes: " + std::to_string(nodes.size()), 1);
+        logger->writeList("Loads: " + std::to_string(loads.size()), 1);
+        logger->writeList("Elements: " + std::to_string(elements.size()), 1);
+        logger->writeList("Controls: " + std::to_string(constraints.size()), 1);
+        logger->writeList("Trackers: " + std::to_string(trackers.size()), 1);
+        logger->writeList("Materials: " + std::to_string(materials.size()), 1);
+        logger->writeList("Amplitudes: " + std::to_string(loads.size()), 1);
+        logger->writeList("Constraints: " + std::to_string(constraints.size()), 1);
+        logger->newLine();
+
+        // Every later phase reads the time control: a deck without one cannot run.
+        if (!controlSet) throw std::invalid_argument("No CONTROLS block found: the deck needs a control set");
+    } catch (const std::exception& e) {
+        if (logger) logger->writeError(e.what(), "initialize() method");
+        std::throw_with_nested(std::runtime_error(" --> Initialize method "));
+    }
+}
+
+void Model::print_what(const std::exception& e) {
+    const char* message = e.what();
+    if (message)
+        std::cerr << message << '\n';
+    else
+        std::cerr.setstate(std::ios::badbit);
+    try {
+        std::rethrow_if_nested(e);
+    } catch (const std::exception& nested) {
+        std::cerr << " --> Details: ";
+        print_what(nested);
+    }
+}
+
+void Model::run() {
+    try {
+        initialize();
+        assembleMassMatrix();
+        setInitialConditions();
+        const auto start = std::chrono::steady_clock::now();
+        solve();
+        logger->entry(" Solving took : " + fixed(secondsSince(start)), true);
+    } catch (const std::exception& e) {
+        std::cerr << " --> Exception caught " << std::endl;
+        print_what(e);
+    }
+}
+
+void Model::assembleMassMatrix() {
+    try {
+        for (auto& e : elements) e->assembleMassMatrix();
+    } catch (const std::exception& e) {
+        logger->writeError(e.what(), "assembleMatrix() method");
+        std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Elements"));
+    }
+    try {
+        for (auto& n : nodes) n->determineMassMatrix();
+    } catch (const std::exception& e) {
+        logger->writeError(e.what(), "assembleMatrix() method");
+        std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Nodes"));
+    }
+}
+
+void Model::setInitialConditions() {
+    try {
+        for (auto& a : amplitudes) a->setInitialConditions();
+        for (auto& n : nodes) n->setInitialConditions();
+
+        std::stable_sort(nodes.begin(), nodes.end(),
+                         [](const std::shared_ptr<Node>& a, const std::shared_ptr<Node>& b) {
+                             return a->getX_pos() < b->getX_pos();
+                         });
+        const std::size_t count = nodes.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i + 1 < count) nodes[i]->setRightNode(nodes[i + 1]);
+            if (i > 0) nodes[i]->setLeftNode(nodes[i - 1]);
+        }
+
+        for (auto& e : elements) e->setInitialConditions();
+        for (auto& c : constraints) c->setInitialConditions();
+        controlSet->setInitialConditions();
+
+        if (controlSet->getTimeStep() == 0.0) {
+            automaticTimeStep = true;
+            timeStep = 1e15;
+            logger->writeList("Automatic step time: true ", 0);
+            for (auto& e : elements) timeStep = e->checkTimestep(timeStep);
+        } else {
+            automaticTimeStep = false;
+            timeStep = controlSet->getTimeStep();
+            logger->writeList("Automatic step time: false", 0);
+            logger->writeList("Step time: " + fixed(timeStep), 1);
+        }
+
+        writer->initializeWriter(nodes, elements);
+        for (auto& t : trackers) t->initializeTracker();
+
+        logger->writeList("Ouput type: " + writer->getType(), 0);
+        logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
+        logger->newLine();
+    } catch (const std::exception& e) {
+        logger->writeError(e.what(), "setInitialConditions() method");
+        std::throw_with_nested(std::runtime_error(" --> Initial conditions method"));
+    }
+}
+
+void Model::step(double& candidateStep) {
+    const double dt = timeStep;
+    for (auto& element : elements) {
+        Element& e = *element;
+        e.updateLocalCoordinateSystem();
+        const int points = e.getNumberOfIntegrationPoints();
+        for (int ip = 0; ip < points; ++ip) {
+            e.computeStrain(dt, ip);
+            e.computeStress(dt, ip);
+        }
+        for (int ip = 0; ip < points; ++ip) e.computeInternalForces(dt, ip);
+        e.computeExternalForces(currentTime);
+        e.computeContactForces();
+        if (automaticTimeStep) candidateStep = e.checkTimestep(candidateStep);
+    }
+    internalEnergy = 0.0;
+    kineticEnergy = 0.0;
+    for (auto& node : nodes) {
+        Node& n = *node;
+        n.computeNewPosition(dt, currentTime);
+        internalEnergy += n.getInternalEnergy();
+        kineticEnergy += n.getKineticEnergy();
+    }
+    checkNeighbours();
+    if (automaticTimeStep) timeStep = candidateStep;
+}
+
+void Model::solve() {
+    const auto start = std::chrono::steady_clock::now();
+    logger->writeSection("Running info", 1);
+    logger->writeComment("Call divider");
+    int printCount = 0;
+    double candidateStep = 90000.0;
+    currentTime = 0.0;
+    double t = 0.0;
+    try {
+        while (!(controlSet->getEndTime() < t) && controlSet->getEndTime() == controlSet->getEndTime()) {
+            step(candidateStep);
+            if (controlSet->timeToPrint(currentTime)) {
+                logger->writeList("Writing output file " + std::to_string(printCount), 0);
+                logger->writeList("Elapsed time: " + fixed(secondsSince(start)), 1);
+                logger->writeList("Current time: " + fixed(currentTime), 1);
+                logger->writeList("Time step: " + fixed(timeStep), 1);
+                logger->writeList("Internal energy: " + fixed(internalEnergy), 1);
+                logger->writeList("Kinetic energy: " + fixed(kineticEnergy), 1);
+                logger->writeComment("Call divider");
+                ++printCount;
+                try {
+                    writer->writeResults(nodes, elements);
+                    for (auto& tracker : trackers) tracker->printCSV(currentTime);
+                } catch (const std::exception&) {
+                    std::throw_with_nested(std::runtime_error(" --> Error during writing"));
+                }
+            }
+            for (auto& node : nodes) node->clearNodalForces();
+            currentTime += timeStep;
+            t = currentTime;
+        }
+    } catch (const std::exception&) {
+        std::throw_with_nested(std::runtime_error(" --> Run method"));
+    }
+}
+
+void Model::checkNeighbours() {
+    for (auto& current : nodes) {
+        Node* n = current.get();
+        while (true) {
+            Node* left = n->leftNeighbour();
+            Node* right = n->rightNeighbour();
+            if (left && left->getX_pos() > n->getX_pos()) {
+                // ... L2 <-> L <-> n <-> R ...  becomes  ... L2 <-> n <-> L <-> R ...
+                std::shared_ptr<Node> self = left->getRightNode();
+                std::shared_ptr<Node> leftShared = n->getLeftNode();
+                std::shared_ptr<Node> farLeft = left->getLeftNode();
+                std::shared_ptr<Node> rightShared = n->getRightNode();
+                if (farLeft) farLeft->setRightNode(self);
+                n->setLeftNode(farLeft);
+                n->setRightNode(leftShared);
+                left->setLeftNode(self);
+                left->setRightNode(rightShared);
+                if (rightShared) rightShared->setLeftNode(leftShared);
+            } else if (right && n->getX_pos() > right->getX_pos()) {
+                // ... L <-> n <-> R <-> R2 ...  becomes  ... L <-> R <-> n <-> R2 ...
+                std::shared_ptr<Node> self = right->getLeftNode();
+                std::shared_ptr<Node> rightShared = n->getRightNode();
+                std::shared_ptr<Node> farRight = right->getRightNode();
+                std::shared_ptr<Node> leftShared = n->getLeftNode();
+                if (farRight) farRight->setLeftNode(self);
+                n->setRightNode(farRight);
+                n->setLeftNode(rightShared);
+                right->setRightNode(self);
+                right->setLeftNode(leftShared);
+                if (leftShared) leftShared->setRightNode(rightShared);
+            } else {
+                break;
+            }
+        }
+    }
+}

@@ -1,0 +1,76 @@
+// Owns every component of one analysis, assembles it from the deck and runs
+// the explicit central-difference loop.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class Reader;
+class ControlSet;
+class Node;
+class Element;
+class Material;
+class Constraint;
+class Load;
+class Tracker;
+class Amplitude;
+class Writer;
+class Logger;
+
+class Model {
+public:
+    Model(const int& id, const std::string& deckPath);
+    ~Model();
+
+    void run();
+    void initialize();
+    void assembleMassMatrix();
+    void setInitialConditions();
+    void solve();
+    // Restores the ascending-x order of the node chain after the nodes moved.
+    void checkNeighbours();
+    void print_what(const std::exception& e);
+
+    int getNumberOfAmplitudes() const { return numberOfAmplitudes; }
+
+    // Access for tests and tools.
+    const std::vector<std::shared_ptr<Node>>& getNodes() const { return nodes; }
+    const std::vector<std::shared_ptr<Element>>& getElements() const { return elements; }
+    const std::unordered_map<int, std::shared_ptr<Node>>& getNodeMap() const { return nodeMap; }
+    double getTimeStep() const { return timeStep; }
+    double getCurrentTime() const { return currentTime; }
+    double getInternalEnergy() const { return internalEnergy; }
+    double getKineticEnergy() const { return kineticEnergy; }
+    bool isAutomaticTimeStep() const { return automaticTimeStep; }
+    // Advances one increment of the loop (used by solve and by tests).
+    void step(double& candidateStep);
+
+private:
+    std::filesystem::path inputPath;
+    int id;
+    std::shared_ptr<Reader> reader;
+    int numberOfConstraints = 0, numberOfElements = 0, numberOfNodes = 0, numberOfMaterials = 0,
+        numberOfControls = 0, numberOfTrackers = 0, numberOfLoads = 0, numberOfAmplitudes = 0;
+    std::unique_ptr<ControlSet> controlSet;
+    std::vector<std::shared_ptr<Node>> nodes;
+    std::vector<std::shared_ptr<Element>> elements;
+    std::vector<std::shared_ptr<Material>> materials;
+    std::vector<std::shared_ptr<Constraint>> constraints;
+    std::vector<std::shared_ptr<Load>> loads;
+    std::vector<std::shared_ptr<Tracker>> trackers;
+    std::vector<std::shared_ptr<Amplitude>> amplitudes;
+    std::unordered_map<int, std::shared_ptr<Node>> nodeMap;
+    std::unordered_map<int, std::shared_ptr<Element>> elementMap;
+    std::unordered_map<int, std::shared_ptr<Material>> materialMap;
+    std::shared_ptr<Writer> writer;
+    std::shared_ptr<Logger> logger;
+    double timeStep = 0.0;
+    double unusedValue = 0.0;
+    double currentTime = 0.0;
+    bool automaticTimeStep = false;
+    double internalEnergy = 0.0, kineticEnergy = 0.0;
+    std::string unusedText;
+};

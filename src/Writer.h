@@ -1,0 +1,29 @@
+// Base of result writers: owns the results directory beside the deck
+// (Results_<stem>) and the output stream.
+#pragma once
+
+#include "IOFile.h"
+
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+class Node;
+class Element;
+
+class Writer : public IOFile {
+public:
+    ~Writer() override = default;
+    void init(const std::filesystem::path& deckPath) override;
+    virtual void initializeWriter(std::vector<std::shared_ptr<Node>>& nodes,
+                                  std::vector<std::shared_ptr<Element>>& elements) = 0;
+    virtual void writeResults(std::vector<std::shared_ptr<Node>>& nodes,
+                              std::vector<std::shared_ptr<Element>>& elements) = 0;
+
+    std::string getType() const { return type; }
+
+protected:
+    std::string type;
+    std::ofstream file;
+};
