@@ -1,0 +1,92 @@
+// Helpers shared by the test suites: scratch directories, deck files and
+// end-to-end runs of the built program.
+#pragma once
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <cstdlib>
+#include <vector>
+
+namespace testutil {
+
+namespace fs = std::filesystem;
+
+// A fresh, empty directory under the build tree's temporary area.
+inline fs::path scratchDir(const std::string& name) {
+    fs::path dir = fs::temp_directory_path() / ("drapex_test_" + name);
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    return dir;
+}
+
+inline fs::path writeFile(const fs::path& path, const std::string& text) {
+    std::ofstream out(path, std::ios::binary);
+    out << text;
+    return path;
+}
+
+inline std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+inline std::vector<std::string> readLines(const fs::path& path) {
+    std::ifstream in(path);
+    std::vector<std::string> lines;
+    std::string line;
+    while (std::getline(in, line)) lines.push_back(line);
+    return lines;
+}
+
+struct RunResult {
+    std::string out;
+    std::string err;
+    int status = -1;
+};
+
+// Runs a shell command, capturing standard output and standard error.
+inline RunResult runCommand(const std::string& command, const std::string& input = "") {
+    const fs::path dir = fs::temp_directory_path();
+    const std::string tag = std::to_string(::getpid()) + "_" + std::to_string(std::rand());
+    const fs::path outFile = dir / ("drapex_out_" + tag), errFile = dir / ("drapex_err_" + tag),
+                   inFile = dir / ("drapex_in_" + tag);
+    writeFile(inFile, input);
+    const std::string full = command + " < '" + inFile.string() + "' > '" + outFile.string() + "' 2> '" +
+                             errFile.string() + "'";
+    const int raw = std::system(full.c_str());
+    RunResult r;
+    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    r.out = readFile(outFile);
+    r.err = readFile(errFile);
+    fs::remove(outFile);
+    fs::remove(errFile);
+    fs::remove(inFile);
+    return r;
+}
+
+// Runs the drapex binary on a deck (quoted, so paths with blanks work).
+inline RunResult runDrapex(const fs::path& deck) {
+    return runCommand(std::string("'") + DRAPEX_EXE + "' '" + deck.string() + "'");
+}
+
+// Writes a deck into a scratch directory and runs it.
+inline RunResult runDeck(const std::string& name, const std::string& deckText, fs::path* deckOut = nullptr) {
+    const fs::path dir = scratchDir(name);
+    const fs::path deck = writeFile(dir / (name + ".txt"), deckText);
+    if (deckOut) *deckOut = deck;
+    return runDrapex(deck);
+}
+
+inline bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace testutil
