@@ -16,7 +16,8 @@ public:
     virtual ~Constraint() = default;
     virtual void applyAccelerationConditions(Node* node, double t) = 0;
     virtual void applyVelocityConditions(Node* node, double t) = 0;
-    virtual void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Amplitude>>& amplitudes) = 0;
+    virtual void parseOstrel(std::vector<Token> tokens,
+                             const std::vector<std::shared_ptr<Amplitude>>& amplitudes) = 0;
     virtual void setInitialConditions() = 0;
 
     std::string getType() const { return type; }

@@ -7,12 +7,19 @@ ContactLine::ContactLine() : direction(3, 0.0), contactParameters(3, 0.0) {
 
 void ContactLine::parseOstrel(std::vector<Token>, const std::vector<std::shared_ptr<Node>>&,
                               const std::unordered_map<int, std::shared_ptr<Node>>&,
-                              const std::vector<std::shared_ptr<Material>>&, const std::vector<std::shared_ptr<Load>>&) {}
+                              const std::vector<std::shared_ptr<Material>>&,
+                              const std::vector<std::shared_ptr<Load>>&) {}
 void ContactLine::setInitialConditions() {}
 void ContactLine::updateLocalCoordinateSystem() {}
 void ContactLine::computeContactForces() {}
-std::string ContactLine::printVTK(int what, int component) { return Element::printVTK(what, component); }
-bool ContactLine::checkContact(std::shared_ptr<Node>&) { return false; }
-bool ContactLine::checkContact(ContactLine*) { return false; }
+std::string ContactLine::printVTK(int what, int component) {
+    return Element::printVTK(what, component);
+}
+bool ContactLine::checkContact(std::shared_ptr<Node>&) {
+    return false;
+}
+bool ContactLine::checkContact(ContactLine*) {
+    return false;
+}
 void ContactLine::setBoundingBox() {}
 void ContactLine::applyNodeContact(Node&) {}

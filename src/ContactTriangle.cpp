@@ -12,6 +12,10 @@ void ContactTriangle::parseOstrel(std::vector<Token>, const std::vector<std::sha
 void ContactTriangle::setInitialConditions() {}
 void ContactTriangle::updateLocalCoordinateSystem() {}
 void ContactTriangle::computeContactForces() {}
-std::string ContactTriangle::printVTK(int what, int component) { return Element::printVTK(what, component); }
-bool ContactTriangle::checkContact(std::shared_ptr<Node>&) { return false; }
+std::string ContactTriangle::printVTK(int what, int component) {
+    return Element::printVTK(what, component);
+}
+bool ContactTriangle::checkContact(std::shared_ptr<Node>&) {
+    return false;
+}
 void ContactTriangle::computeFrictionForces(std::shared_ptr<Node>) {}

@@ -6,8 +6,7 @@ void ControlSet::parseOstrel(std::vector<Token> tokens) {
     std::size_t i = 0;
     while (i < tokens.size()) {
         const std::string key = tokens.at(i).getWord();
-        if (key == "RUN" && tokens.at(i + 1).getWord() == "FROM" &&
-            tokens.at(i + 3).getWord() == "TO") {
+        if (key == "RUN" && tokens.at(i + 1).getWord() == "FROM" && tokens.at(i + 3).getWord() == "TO") {
             if (tokens.at(i + 2).isAWord() || tokens.at(i + 4).isAWord())
                 throw std::invalid_argument("Wrong Start/end time");
             startTime = tokens.at(i + 2).getNumber();

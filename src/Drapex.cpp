@@ -24,7 +24,8 @@ void printBanner() {
     const std::string blank(65, ' ');
     std::cout << rule << std::endl;
     std::cout << blank << std::endl;
-    for (const char* row : banner_letters_) std::cout << row << std::endl;
+    for (const char* row : banner_letters_)
+        std::cout << row << std::endl;
     std::cout << blank << std::endl;
     std::cout << " An explicit finite element code for Composite Process Modeling  " << std::endl;
     std::cout << blank << std::endl;
@@ -32,8 +33,8 @@ void printBanner() {
               << version_patch_drapex_ << std::endl;
     std::cout << " Build Type: " << build_type_ << std::string(32, ' ') << std::endl;
     std::cout << blank << std::endl;
-    std::cout << " Draping of textile reinforcements, membranes and thin shells   " << std::endl;
-    std::cout << " under prescribed motion, loads and penalty contact.            " << std::endl;
+    std::cout << " Draping of textile reinforcements, membranes and thin shells    " << std::endl;
+    std::cout << " under prescribed motion, loads and penalty contact.             " << std::endl;
     std::cout << blank << std::endl;
     std::cout << " The Drapex developers, " << current_year_ << std::endl;
     std::cout << rule << std::endl;

@@ -13,7 +13,8 @@ std::string Element::printVTK(int what, int /*component*/) {
     if (what == 0) return vtkCellType + "\n";
     if (what == 1) {
         std::string line = std::to_string(nodes.size());
-        for (const auto& n : nodes) line += "\t" + std::to_string(n->getNumber());
+        for (const auto& n : nodes)
+            line += "\t" + std::to_string(n->getNumber());
         return line + "\n";
     }
     return "";

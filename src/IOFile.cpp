@@ -34,7 +34,8 @@ void IOFile::trim(std::string& s) {
 
 void IOFile::uppercase(std::string& s) {
     const std::locale loc;
-    for (char& c : s) c = std::toupper(c, loc);
+    for (char& c : s)
+        c = std::toupper(c, loc);
 }
 
 bool IOFile::inArray(const std::string& s, const std::vector<std::string>& list) {

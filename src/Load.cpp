@@ -49,20 +49,26 @@ void Load::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
     }
 }
 
-double Load::factor(double time) { return hasAmplitude ? amplitude->at(time) : 1.0; }
+double Load::factor(double time) {
+    return hasAmplitude ? amplitude->at(time) : 1.0;
+}
 
 TNT::Array1D<double> Load::getLoad(double time) {
     const double f = factor(time);
     TNT::Array1D<double> out(6);
-    for (int i = 0; i < 6; ++i) out[i] = loadVector[i] * f;
+    for (int i = 0; i < 6; ++i)
+        out[i] = loadVector[i] * f;
     return out;
 }
 
 TNT::Array1D<double> Load::getAcc(double time) {
     const double f = factor(time);
     TNT::Array1D<double> out(6);
-    for (int i = 0; i < 6; ++i) out[i] = accVector[i] * f;
+    for (int i = 0; i < 6; ++i)
+        out[i] = accVector[i] * f;
     return out;
 }
 
-double Load::getPressure(double time) { return pressure * factor(time); }
+double Load::getPressure(double time) {
+    return pressure * factor(time);
+}

@@ -21,17 +21,20 @@ void MarkdownLogger::writeHeader() {
     const std::string author(pw ? pw->pw_name : nullptr);
     const std::string date(std::ctime(&now));
     file << "--- " << std::endl;
-    file << "title: " << "Log file for job " << path.filename().string() << std::endl;
+    file << "title: "
+         << "Log file for job " << path.filename().string() << std::endl;
     file << "author: " << author << std::endl;
     file << "date: " << date;
     file << "--- " << std::endl;
     newLine();
     writeSection("Logging job " + path.filename().string(), 0);
     file << "This file has been generate automatically by drapex, "
-         << "you will find  all the relative information of this job in the following sections. " << std::endl;
+         << "you will find  all the relative information of this job in the following sections. "
+         << std::endl;
     file << std::endl;
-    file << "**Using Drapex version: " << "V" << version_major_drapex_ << "." << version_minor_drapex_ << "."
-         << version_patch_drapex_ << "**" << std::endl;
+    file << "**Using Drapex version: "
+         << "V" << version_major_drapex_ << "." << version_minor_drapex_ << "." << version_patch_drapex_
+         << "**" << std::endl;
     file << std::endl;
     writeSeparator();
     file << std::endl;
@@ -50,11 +53,20 @@ void MarkdownLogger::writeComment(const std::string& text) {
 void MarkdownLogger::writeSection(const std::string& text, const int& level) {
     Logger::writeSection(text, level);
     switch (level) {
-    case 0: file << "# "; break;
-    case 1: file << "## "; break;
-    case 2: file << "### "; break;
-    case 3: file << "#### "; break;
-    default: break;
+    case 0:
+        file << "# ";
+        break;
+    case 1:
+        file << "## ";
+        break;
+    case 2:
+        file << "### ";
+        break;
+    case 3:
+        file << "#### ";
+        break;
+    default:
+        break;
     }
     file << text << "\n\n" << std::flush;
 }

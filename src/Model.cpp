@@ -30,7 +30,8 @@ std::string fixed(double v) {
 }
 
 double secondsSince(const std::chrono::steady_clock::time_point& start) {
-    const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - start);
+    const auto ns =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - start);
     return static_cast<double>(ns.count()) / 1e9;
 }
 } // namespace
@@ -40,7 +41,8 @@ Model::Model(const int& id_, const std::string& deckPath) : inputPath(deckPath),
 Model::~Model() {
     // Neighbour links are shared pointers between nodes; break the chain so
     // that the nodes are freed with the model.
-    for (auto& n : nodes) n->clearNeighbours();
+    for (auto& n : nodes)
+        n->clearNeighbours();
 }
 
 void Model::initialize() {
@@ -65,15 +67,20 @@ void Model::initialize() {
         numberOfAmplitudes = reader->numberOfAmplitudes();
 
         reader->rewindFile();
-        for (int i = 0; i < numberOfControls; ++i) reader->getControlSet(controlSet);
+        for (int i = 0; i < numberOfControls; ++i)
+            reader->getControlSet(controlSet);
         reader->rewindFile();
-        for (int i = 0; i < numberOfAmplitudes; ++i) amplitudes.push_back(reader->getNextAmplitude());
+        for (int i = 0; i < numberOfAmplitudes; ++i)
+            amplitudes.push_back(reader->getNextAmplitude());
         reader->rewindFile();
-        for (int i = 0; i < numberOfConstraints; ++i) constraints.push_back(reader->getNextConstraint(nodes, amplitudes));
+        for (int i = 0; i < numberOfConstraints; ++i)
+            constraints.push_back(reader->getNextConstraint(nodes, amplitudes));
         reader->rewindFile();
-        for (int i = 0; i < numberOfLoads; ++i) loads.push_back(reader->getNextLoad(amplitudes));
+        for (int i = 0; i < numberOfLoads; ++i)
+            loads.push_back(reader->getNextLoad(amplitudes));
         reader->rewindFile();
-        for (int i = 0; i < numberOfMaterials; ++i) materials.push_back(reader->getNextMaterial());
+        for (int i = 0; i < numberOfMaterials; ++i)
+            materials.push_back(reader->getNextMaterial());
         reader->rewindFile();
         nodes.reserve(numberOfNodes);
         for (int i = 0; i < numberOfNodes; ++i) {
@@ -91,7 +98,8 @@ void Model::initialize() {
         writer = WriterLibrary::getWriterOstrel("VTK");
         writer->init(inputPath);
         reader->rewindFile();
-        for (int i = 0; i < numberOfTrackers; ++i) trackers.push_back(reader->getNextTracker(nodeMap, elementMap));
+        for (int i = 0; i < numberOfTrackers; ++i)
+            trackers.push_back(reader->getNextTracker(nodeMap, elementMap));
 
         logger->writeSection("Model info", 1);
         logger->writeList("Number of objects instances ", 0);
@@ -143,13 +151,15 @@ void Model::run() {
 
 void Model::assembleMassMatrix() {
     try {
-        for (auto& e : elements) e->assembleMassMatrix();
+        for (auto& e : elements)
+            e->assembleMassMatrix();
     } catch (const std::exception& e) {
         logger->writeError(e.what(), "assembleMatrix() method");
         std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Elements"));
     }
     try {
-        for (auto& n : nodes) n->determineMassMatrix();
+        for (auto& n : nodes)
+            n->determineMassMatrix();
     } catch (const std::exception& e) {
         logger->writeError(e.what(), "assembleMatrix() method");
         std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Nodes"));
@@ -158,8 +168,10 @@ void Model::assembleMassMatrix() {
 
 void Model::setInitialConditions() {
     try {
-        for (auto& a : amplitudes) a->setInitialConditions();
-        for (auto& n : nodes) n->setInitialConditions();
+        for (auto& a : amplitudes)
+            a->setInitialConditions();
+        for (auto& n : nodes)
+            n->setInitialConditions();
 
         std::stable_sort(nodes.begin(), nodes.end(),
                          [](const std::shared_ptr<Node>& a, const std::shared_ptr<Node>& b) {
@@ -171,15 +183,18 @@ void Model::setInitialConditions() {
             if (i > 0) nodes[i]->setLeftNode(nodes[i - 1]);
         }
 
-        for (auto& e : elements) e->setInitialConditions();
-        for (auto& c : constraints) c->setInitialConditions();
+        for (auto& e : elements)
+            e->setInitialConditions();
+        for (auto& c : constraints)
+            c->setInitialConditions();
         controlSet->setInitialConditions();
 
         if (controlSet->getTimeStep() == 0.0) {
             automaticTimeStep = true;
             timeStep = 1e15;
             logger->writeList("Automatic step time: true ", 0);
-            for (auto& e : elements) timeStep = e->checkTimestep(timeStep);
+            for (auto& e : elements)
+                timeStep = e->checkTimestep(timeStep);
         } else {
             automaticTimeStep = false;
             timeStep = controlSet->getTimeStep();
@@ -188,7 +203,8 @@ void Model::setInitialConditions() {
         }
 
         writer->initializeWriter(nodes, elements);
-        for (auto& t : trackers) t->initializeTracker();
+        for (auto& t : trackers)
+            t->initializeTracker();
 
         logger->writeList("Ouput type: " + writer->getType(), 0);
         logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
@@ -209,7 +225,8 @@ void Model::step(double& candidateStep) {
             e.computeStrain(dt, ip);
             e.computeStress(dt, ip);
         }
-        for (int ip = 0; ip < points; ++ip) e.computeInternalForces(dt, ip);
+        for (int ip = 0; ip < points; ++ip)
+            e.computeInternalForces(dt, ip);
         e.computeExternalForces(currentTime);
         e.computeContactForces();
         if (automaticTimeStep) candidateStep = e.checkTimestep(candidateStep);
@@ -248,12 +265,14 @@ void Model::solve() {
                 ++printCount;
                 try {
                     writer->writeResults(nodes, elements);
-                    for (auto& tracker : trackers) tracker->printCSV(currentTime);
+                    for (auto& tracker : trackers)
+                        tracker->printCSV(currentTime);
                 } catch (const std::exception&) {
                     std::throw_with_nested(std::runtime_error(" --> Error during writing"));
                 }
             }
-            for (auto& node : nodes) node->clearNodalForces();
+            for (auto& node : nodes)
+                node->clearNodalForces();
             currentTime += timeStep;
             t = currentTime;
         }

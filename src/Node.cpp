@@ -9,7 +9,8 @@
 
 namespace {
 void zero(TNT::Array1D<double>& v) {
-    for (int i = 0; i < v.dim1(); ++i) v[i] = 0.0;
+    for (int i = 0; i < v.dim1(); ++i)
+        v[i] = 0.0;
 }
 } // namespace
 
@@ -70,7 +71,8 @@ void Node::parseOstrel() {
 
 void Node::addInertia(TNT::Array2D<double> I) {
     for (int r = 0; r < 3; ++r)
-        for (int s = 0; s < 3; ++s) inertia[r][s] += I[r][s];
+        for (int s = 0; s < 3; ++s)
+            inertia[r][s] += I[r][s];
 }
 
 void Node::accumulate(TNT::Array1D<double>& target, int first, double a, double b, double c) {
@@ -82,14 +84,30 @@ void Node::accumulate(TNT::Array1D<double>& target, int first, double a, double 
     }
 }
 
-void Node::addInternalForce(const TNT::Array1D<double>& f) { accumulate(internalForce, 0, f[0], f[1], f[2]); }
-void Node::addExternalForce(const TNT::Array1D<double>& f) { accumulate(externalForce, 0, f[0], f[1], f[2]); }
-void Node::addContactForce(const TNT::Array1D<double>& f) { accumulate(contactForce, 0, f[0], f[1], f[2]); }
-void Node::addInternalMoment(const TNT::Array1D<double>& m) { accumulate(internalForce, 3, m[0], m[1], m[2]); }
-void Node::addInternalForce(double fx, double fy, double fz) { accumulate(internalForce, 0, fx, fy, fz); }
-void Node::addExternalForce(double fx, double fy, double fz) { accumulate(externalForce, 0, fx, fy, fz); }
-void Node::addContactForce(double fx, double fy, double fz) { accumulate(contactForce, 0, fx, fy, fz); }
-void Node::addInternalMoment(double mx, double my, double mz) { accumulate(internalForce, 3, mx, my, mz); }
+void Node::addInternalForce(const TNT::Array1D<double>& f) {
+    accumulate(internalForce, 0, f[0], f[1], f[2]);
+}
+void Node::addExternalForce(const TNT::Array1D<double>& f) {
+    accumulate(externalForce, 0, f[0], f[1], f[2]);
+}
+void Node::addContactForce(const TNT::Array1D<double>& f) {
+    accumulate(contactForce, 0, f[0], f[1], f[2]);
+}
+void Node::addInternalMoment(const TNT::Array1D<double>& m) {
+    accumulate(internalForce, 3, m[0], m[1], m[2]);
+}
+void Node::addInternalForce(double fx, double fy, double fz) {
+    accumulate(internalForce, 0, fx, fy, fz);
+}
+void Node::addExternalForce(double fx, double fy, double fz) {
+    accumulate(externalForce, 0, fx, fy, fz);
+}
+void Node::addContactForce(double fx, double fy, double fz) {
+    accumulate(contactForce, 0, fx, fy, fz);
+}
+void Node::addInternalMoment(double mx, double my, double mz) {
+    accumulate(internalForce, 3, mx, my, mz);
+}
 
 void Node::clearNodalForces() {
     for (int i = 0; i < 6; ++i) {
@@ -108,9 +126,11 @@ bool Node::contactLineCheck(std::shared_ptr<Node>& other) {
 }
 
 void Node::setInitialConditions() {
-    for (int k = 3; k < 6; ++k) origin[k] = 0.0;
+    for (int k = 3; k < 6; ++k)
+        origin[k] = 0.0;
     zero(displacement);
-    for (int k = 0; k < 6; ++k) position[k] = origin[k] + displacement[k];
+    for (int k = 0; k < 6; ++k)
+        position[k] = origin[k] + displacement[k];
     if (!constraint) {
         zero(velocity);
         zero(acceleration);
@@ -141,11 +161,13 @@ void Node::computeNewPosition(double dt, double t) {
     if (load) {
         const TNT::Array1D<double> l = load->getLoad(t);
         if (l.dim1() == force.dim1())
-            for (int i = 0; i < 6; ++i) force[i] += l[i];
+            for (int i = 0; i < 6; ++i)
+                force[i] += l[i];
     }
 
     const double m = mass, c = rayleighDamping;
-    for (int i = 0; i < 3; ++i) acceleration[i] = force[i] / m - previousVelocity[i] * c;
+    for (int i = 0; i < 3; ++i)
+        acceleration[i] = force[i] / m - previousVelocity[i] * c;
 
     // Euler's equations for the rotations: J dw/dt = M - w x (J w)
     const double w0 = velocity[3], w1 = velocity[4], w2 = velocity[5];
@@ -165,7 +187,8 @@ void Node::computeNewPosition(double dt, double t) {
     if (load) {
         const TNT::Array1D<double> a = load->getAcc(t);
         if (a.dim1() == acceleration.dim1())
-            for (int i = 0; i < 6; ++i) acceleration[i] += a[i];
+            for (int i = 0; i < 6; ++i)
+                acceleration[i] += a[i];
     }
     if (constraint) constraint->applyAccelerationConditions(this, t);
 
@@ -174,8 +197,10 @@ void Node::computeNewPosition(double dt, double t) {
     averageStep = 0.5 * (dtPrev + dt);
 
     double vn[3];
-    for (int i = 0; i < 3; ++i) vn[i] = previousVelocity[i] + 0.5 * dt * acceleration[i];
-    for (int i = 0; i < 6; ++i) velocity[i] += averageStep * acceleration[i];
+    for (int i = 0; i < 3; ++i)
+        vn[i] = previousVelocity[i] + 0.5 * dt * acceleration[i];
+    for (int i = 0; i < 6; ++i)
+        velocity[i] += averageStep * acceleration[i];
     previousVelocity.inject(velocity);
     for (int i = 0; i < 6; ++i) {
         displacement[i] += dt * velocity[i];

@@ -20,8 +20,8 @@
 #include <stdexcept>
 
 OstrelReader::OstrelReader()
-    : blockKeywords{"TITLE",   "CONTROLS", "ELEMENTS", "NODES",        "LOADS",     "CONSTRAINTS",
-                    "MATERIALS", "TRACKERS", "GROUPS", "GEOMETRY", "TEMPERATURES", "AMPLITUDES"},
+    : blockKeywords{"TITLE",     "CONTROLS", "ELEMENTS", "NODES",    "LOADS",        "CONSTRAINTS",
+                    "MATERIALS", "TRACKERS", "GROUPS",   "GEOMETRY", "TEMPERATURES", "AMPLITUDES"},
       delimiters(" ,\t=[]") {}
 
 int OstrelReader::componentCounter(const std::string& keyword) {
@@ -52,7 +52,8 @@ std::vector<Token> OstrelReader::tokenizeLine(std::string& line) {
         std::string::size_type pos = 0;
         while ((pos = line.find_first_not_of(delimiters, pos)) != std::string::npos) {
             const auto end = line.find_first_of(delimiters, pos);
-            const std::string text = line.substr(pos, end == std::string::npos ? std::string::npos : end - pos);
+            const std::string text =
+                line.substr(pos, end == std::string::npos ? std::string::npos : end - pos);
             try {
                 Token t(text);
             } catch (const std::out_of_range&) {
@@ -85,10 +86,12 @@ bool OstrelReader::nextDataLine(const BlockKind& kind, std::vector<Token>& token
             inBlock = true;
             if (kind.blockName) {
                 if (tokens.size() < 2)
-                    throw std::invalid_argument(lineText() + " not enough arguments for " + kind.blockName + " block");
+                    throw std::invalid_argument(lineText() + " not enough arguments for " + kind.blockName +
+                                                " block");
                 if (tokens[1].getWord() != "TYPE") {
                     if (std::string(kind.keyword) == "AMPLITUDES")
-                        throw std::invalid_argument(lineText() + " TYPE label is missing for amplitude block");
+                        throw std::invalid_argument(lineText() +
+                                                    " TYPE label is missing for amplitude block");
                     throw std::invalid_argument(lineText() + " TYPE label is missing");
                 }
                 try {
@@ -120,7 +123,8 @@ int OstrelReader::componentNumber(const Token& token) const {
 
 namespace {
 std::invalid_argument missingLine(const char* keyword, const char* what) {
-    return std::invalid_argument(std::string("A line of a ") + keyword + " block does not start with " + what);
+    return std::invalid_argument(std::string("A line of a ") + keyword + " block does not start with " +
+                                 what);
 }
 } // namespace
 
@@ -135,10 +139,11 @@ std::shared_ptr<Node> OstrelReader::getNextNode(const std::vector<std::shared_pt
     return node;
 }
 
-std::shared_ptr<Element> OstrelReader::getNextElement(const std::vector<std::shared_ptr<Node>>& nodes,
-                                                      const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
-                                                      const std::vector<std::shared_ptr<Material>>& materials,
-                                                      const std::vector<std::shared_ptr<Load>>& loads) {
+std::shared_ptr<Element>
+OstrelReader::getNextElement(const std::vector<std::shared_ptr<Node>>& nodes,
+                             const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
+                             const std::vector<std::shared_ptr<Material>>& materials,
+                             const std::vector<std::shared_ptr<Load>>& loads) {
     std::vector<Token> tokens;
     if (!nextDataLine({"ELEMENTS", "element", true, &currentElementType}, tokens))
         throw missingLine("ELEMENTS", "an element number");
@@ -153,8 +158,9 @@ std::shared_ptr<Element> OstrelReader::getNextElement(const std::vector<std::sha
     }
 }
 
-std::shared_ptr<Constraint> OstrelReader::getNextConstraint(const std::vector<std::shared_ptr<Node>>& /*nodes*/,
-                                                            const std::vector<std::shared_ptr<Amplitude>>& amplitudes) {
+std::shared_ptr<Constraint>
+OstrelReader::getNextConstraint(const std::vector<std::shared_ptr<Node>>& /*nodes*/,
+                                const std::vector<std::shared_ptr<Amplitude>>& amplitudes) {
     std::vector<Token> tokens;
     if (!nextDataLine({"CONSTRAINTS", "constraint", false, &currentConstraintType}, tokens))
         throw missingLine("CONSTRAINTS", "a name");
@@ -217,8 +223,9 @@ std::shared_ptr<Amplitude> OstrelReader::getNextAmplitude() {
     }
 }
 
-std::shared_ptr<Tracker> OstrelReader::getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
-                                                      const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) {
+std::shared_ptr<Tracker>
+OstrelReader::getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
+                             const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) {
     std::vector<Token> tokens;
     if (!nextDataLine({"TRACKERS", "tracker", false, &currentTrackerType}, tokens))
         throw missingLine("TRACKERS", "a name");
@@ -236,7 +243,8 @@ std::shared_ptr<Tracker> OstrelReader::getNextTracker(const std::unordered_map<i
 
 void OstrelReader::getControlSet(std::unique_ptr<ControlSet>& controlSet) {
     std::vector<Token> tokens;
-    if (!nextDataLine({"CONTROLS", nullptr, false, nullptr}, tokens)) throw missingLine("CONTROLS", "a keyword");
+    if (!nextDataLine({"CONTROLS", nullptr, false, nullptr}, tokens))
+        throw missingLine("CONTROLS", "a keyword");
     try {
         if (!controlSet) controlSet = std::make_unique<ControlSet>();
         controlSet->parseOstrel(tokens);

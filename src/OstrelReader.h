@@ -14,17 +14,20 @@ public:
 
     std::shared_ptr<Node> getNextNode(const std::vector<std::shared_ptr<Constraint>>& constraints,
                                       const std::vector<std::shared_ptr<Load>>& loads) override;
-    std::shared_ptr<Element> getNextElement(const std::vector<std::shared_ptr<Node>>& nodes,
-                                            const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
-                                            const std::vector<std::shared_ptr<Material>>& materials,
-                                            const std::vector<std::shared_ptr<Load>>& loads) override;
-    std::shared_ptr<Constraint> getNextConstraint(const std::vector<std::shared_ptr<Node>>& nodes,
-                                                  const std::vector<std::shared_ptr<Amplitude>>& amplitudes) override;
+    std::shared_ptr<Element>
+    getNextElement(const std::vector<std::shared_ptr<Node>>& nodes,
+                   const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
+                   const std::vector<std::shared_ptr<Material>>& materials,
+                   const std::vector<std::shared_ptr<Load>>& loads) override;
+    std::shared_ptr<Constraint>
+    getNextConstraint(const std::vector<std::shared_ptr<Node>>& nodes,
+                      const std::vector<std::shared_ptr<Amplitude>>& amplitudes) override;
     std::shared_ptr<Load> getNextLoad(const std::vector<std::shared_ptr<Amplitude>>& amplitudes) override;
     std::shared_ptr<Material> getNextMaterial() override;
     std::shared_ptr<Amplitude> getNextAmplitude() override;
-    std::shared_ptr<Tracker> getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
-                                            const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) override;
+    std::shared_ptr<Tracker>
+    getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
+                   const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) override;
     void getControlSet(std::unique_ptr<ControlSet>& controlSet) override;
     std::shared_ptr<Writer> getWriter() override { return nullptr; }
     int numberOfNodes() override { return componentCounter("NODES"); }

@@ -26,12 +26,14 @@ public:
 
     virtual std::shared_ptr<Node> getNextNode(const std::vector<std::shared_ptr<Constraint>>& constraints,
                                               const std::vector<std::shared_ptr<Load>>& loads) = 0;
-    virtual std::shared_ptr<Element> getNextElement(const std::vector<std::shared_ptr<Node>>& nodes,
-                                                    const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
-                                                    const std::vector<std::shared_ptr<Material>>& materials,
-                                                    const std::vector<std::shared_ptr<Load>>& loads) = 0;
-    virtual std::shared_ptr<Constraint> getNextConstraint(const std::vector<std::shared_ptr<Node>>& nodes,
-                                                          const std::vector<std::shared_ptr<Amplitude>>& amplitudes) = 0;
+    virtual std::shared_ptr<Element>
+    getNextElement(const std::vector<std::shared_ptr<Node>>& nodes,
+                   const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
+                   const std::vector<std::shared_ptr<Material>>& materials,
+                   const std::vector<std::shared_ptr<Load>>& loads) = 0;
+    virtual std::shared_ptr<Constraint>
+    getNextConstraint(const std::vector<std::shared_ptr<Node>>& nodes,
+                      const std::vector<std::shared_ptr<Amplitude>>& amplitudes) = 0;
     virtual std::shared_ptr<Load> getNextLoad(const std::vector<std::shared_ptr<Amplitude>>& amplitudes) = 0;
     virtual std::shared_ptr<Material> getNextMaterial() = 0;
     virtual std::shared_ptr<Amplitude> getNextAmplitude() = 0;

@@ -17,7 +17,8 @@ template <class T> Array1D<T> matmult(const Array2D<T>& A, const Array1D<T>& x) 
     Array1D<T> y(m, T(0));
     for (int i = 0; i < m; ++i) {
         T s = 0;
-        for (int j = 0; j < n; ++j) s += A[i][j] * x[j];
+        for (int j = 0; j < n; ++j)
+            s += A[i][j] * x[j];
         y[i] = s;
     }
     return y;
@@ -31,7 +32,8 @@ template <class T> Array2D<T> transpose_mult(const Array2D<T>& A, const Array2D<
     for (int i = 0; i < m; ++i)
         for (int j = 0; j < n; ++j) {
             T s = 0;
-            for (int r = 0; r < k; ++r) s += A[r][i] * B[r][j];
+            for (int r = 0; r < k; ++r)
+                s += A[r][i] * B[r][j];
             C[i][j] = s;
         }
     return C;
@@ -44,7 +46,8 @@ template <class T> Array1D<T> transpose_mult(const Array2D<T>& A, const Array1D<
     Array1D<T> y(m, T(0));
     for (int i = 0; i < m; ++i) {
         T s = 0;
-        for (int r = 0; r < k; ++r) s += A[r][i] * x[r];
+        for (int r = 0; r < k; ++r)
+            s += A[r][i] * x[r];
         y[i] = s;
     }
     return y;
@@ -53,7 +56,8 @@ template <class T> Array1D<T> transpose_mult(const Array2D<T>& A, const Array1D<
 template <class T> Array2D<T> transpose(const Array2D<T>& A) {
     Array2D<T> B(A.dim2(), A.dim1());
     for (int i = 0; i < A.dim1(); ++i)
-        for (int j = 0; j < A.dim2(); ++j) B[j][i] = A[i][j];
+        for (int j = 0; j < A.dim2(); ++j)
+            B[j][i] = A[i][j];
     return B;
 }
 
@@ -68,14 +72,16 @@ template <class T> Array1D<T> cross(const Array1D<T>& a, const Array1D<T>& b) {
 
 template <class T> Array1D<T> operator*(const Array1D<T>& a, const T& s) {
     Array1D<T> c(a.dim1());
-    for (int i = 0; i < a.dim1(); ++i) c[i] = a[i] * s;
+    for (int i = 0; i < a.dim1(); ++i)
+        c[i] = a[i] * s;
     return c;
 }
 
 template <class T> Array2D<T> operator*(const Array2D<T>& A, const T& s) {
     Array2D<T> C(A.dim1(), A.dim2());
     for (int i = 0; i < A.dim1(); ++i)
-        for (int j = 0; j < A.dim2(); ++j) C[i][j] = A[i][j] * s;
+        for (int j = 0; j < A.dim2(); ++j)
+            C[i][j] = A[i][j] * s;
     return C;
 }
 

@@ -15,4 +15,6 @@ void Tracker::setName(const std::string& n) {
     csvFile.replace_extension(".csv");
 }
 
-void Tracker::initializeTracker() { file.open(csvFile, std::ios::out | std::ios::trunc); }
+void Tracker::initializeTracker() {
+    file.open(csvFile, std::ios::out | std::ios::trunc);
+}

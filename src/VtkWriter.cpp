@@ -5,7 +5,9 @@
 
 #include <algorithm>
 
-VtkWriter::VtkWriter() { type = "VTK"; }
+VtkWriter::VtkWriter() {
+    type = "VTK";
+}
 
 void VtkWriter::init(const std::filesystem::path& deckPath) {
     Writer::init(deckPath);
@@ -27,7 +29,8 @@ void VtkWriter::initializeWriter(std::vector<std::shared_ptr<Node>>& modelNodes,
 }
 
 std::filesystem::path VtkWriter::nextFile() const {
-    return std::filesystem::path(parentPathText) / (filenameText + "_" + std::to_string(printNumber) + extensionText);
+    return std::filesystem::path(parentPathText) /
+           (filenameText + "_" + std::to_string(printNumber) + extensionText);
 }
 
 void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
@@ -36,7 +39,8 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         numberOfPoints = static_cast<int>(modelNodes.size()) + 1;
         numberOfCells = static_cast<int>(modelElements.size());
         cellListSize = 0;
-        for (const auto& e : modelElements) cellListSize += e->getNumberOfNodes() + 1;
+        for (const auto& e : modelElements)
+            cellListSize += e->getNumberOfNodes() + 1;
     }
     file.open(nextFile(), std::ios::out | std::ios::trunc);
     file << "# vtk DataFile Version 3.0 \n"
@@ -45,11 +49,14 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
          << "DATASET UNSTRUCTURED_GRID\n";
     file << "POINTS " << numberOfPoints << " float \n";
     file << "0.0 \t 0.0 \t 0.0 \n";
-    for (const auto& n : nodes) file << n->getX_pos() << "\t" << n->getY_pos() << "\t" << n->getZ_pos() << "\n";
+    for (const auto& n : nodes)
+        file << n->getX_pos() << "\t" << n->getY_pos() << "\t" << n->getZ_pos() << "\n";
     file << "CELLS " << numberOfCells << " " << cellListSize << "\n";
-    for (const auto& e : elements) file << e->printVTK(1, 0);
+    for (const auto& e : elements)
+        file << e->printVTK(1, 0);
     file << "CELL_TYPES  " << numberOfCells << "\n";
-    for (const auto& e : elements) file << e->printVTK(0, 0);
+    for (const auto& e : elements)
+        file << e->printVTK(0, 0);
     file << "CELL_DATA  " << numberOfCells << "\n";
 
     struct Section {

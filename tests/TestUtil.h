@@ -4,22 +4,23 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <cstdlib>
 #include <vector>
 
 namespace testutil {
 
 namespace fs = std::filesystem;
 
-// A fresh, empty directory under the build tree's temporary area.
+// A fresh, empty directory under the test's working directory (the build
+// tree), so that separate builds never share scratch files.
 inline fs::path scratchDir(const std::string& name) {
-    fs::path dir = fs::temp_directory_path() / ("drapex_test_" + name);
+    fs::path dir = fs::current_path() / "scratch" / name;
     fs::remove_all(dir);
     fs::create_directories(dir);
     return dir;
@@ -42,7 +43,8 @@ inline std::vector<std::string> readLines(const fs::path& path) {
     std::ifstream in(path);
     std::vector<std::string> lines;
     std::string line;
-    while (std::getline(in, line)) lines.push_back(line);
+    while (std::getline(in, line))
+        lines.push_back(line);
     return lines;
 }
 
@@ -59,8 +61,8 @@ inline RunResult runCommand(const std::string& command, const std::string& input
     const fs::path outFile = dir / ("drapex_out_" + tag), errFile = dir / ("drapex_err_" + tag),
                    inFile = dir / ("drapex_in_" + tag);
     writeFile(inFile, input);
-    const std::string full = command + " < '" + inFile.string() + "' > '" + outFile.string() + "' 2> '" +
-                             errFile.string() + "'";
+    const std::string full =
+        command + " < '" + inFile.string() + "' > '" + outFile.string() + "' 2> '" + errFile.string() + "'";
     const int raw = std::system(full.c_str());
     RunResult r;
     r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;

@@ -1,0 +1,66 @@
+#include "ControlSet.h"
+#include "IOFile.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace {
+ControlSet parsed(std::string line) {
+    IOFile::uppercase(line);
+    ControlSet c;
+    c.parseOstrel(IOFile::tokenize(line, " ,\t=[]"));
+    return c;
+}
+
+std::string parseError(const std::string& line) {
+    try {
+        parsed(line);
+    } catch (const std::invalid_argument& e) {
+        return e.what();
+    }
+    return "no error";
+}
+} // namespace
+
+TEST(ControlSetParsing, PhrasesInAnyOrderAndTheLastValueWins) {
+    const ControlSet c = parsed("print every 0.5 step 1e-3 run from 0 to 2 step 2e-3 writer type vtk");
+    EXPECT_DOUBLE_EQ(c.getEndTime(), 2.0);
+    EXPECT_DOUBLE_EQ(c.getTimeStep(), 2e-3);
+    EXPECT_DOUBLE_EQ(c.getPrintStep(), 0.5);
+    EXPECT_EQ(c.getWriter(), "VTK");
+}
+
+TEST(ControlSetParsing, MalformedPhrasesGiveTheirMessages) {
+    EXPECT_EQ(parseError("RUN FROM 0 TO END"), "Wrong Start/end time");
+    EXPECT_EQ(parseError("PRINT EVERY NEVER"), "Wrong print time");
+    EXPECT_EQ(parseError("WRITER TYPE 3"), "Wrong writer command");
+    EXPECT_EQ(parseError("PRINT 0.1"), "Input PRINT is not recognized");
+    EXPECT_EQ(parseError("STEP FAST"), "Input STEP is not recognized");
+    EXPECT_EQ(parseError("RUN 0 TO 1"), "Input RUN is not recognized");
+}
+
+TEST(ControlSetParsing, PhraseCutShortRaisesTheRangeError) {
+    EXPECT_THROW(parsed("STEP"), std::out_of_range);
+    EXPECT_THROW(parsed("RUN FROM 0 TO"), std::out_of_range);
+}
+
+TEST(PrintSchedule, FirstCallAtZeroAlwaysPrintsAndAtMostOnePrintPerCall) {
+    ControlSet c = parsed("PRINT EVERY 0.1");
+    EXPECT_TRUE(c.timeToPrint(0.0));
+    EXPECT_FALSE(c.timeToPrint(0.05));
+    EXPECT_TRUE(c.timeToPrint(0.1));
+    // A step longer than the print interval: the schedule lags behind time.
+    EXPECT_TRUE(c.timeToPrint(0.45));
+    EXPECT_TRUE(c.timeToPrint(0.46));
+    EXPECT_TRUE(c.timeToPrint(0.47));
+    EXPECT_FALSE(c.timeToPrint(0.48));
+}
+
+TEST(PrintSchedule, ZeroPrintStepPrintsEveryStepAndNanNever) {
+    ControlSet c = parsed("STEP 1");
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(c.timeToPrint(0.0));
+    EXPECT_FALSE(c.timeToPrint(std::nan("")));
+    EXPECT_DOUBLE_EQ(c.getEndTime(), 0.0);
+}

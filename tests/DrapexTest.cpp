@@ -1,0 +1,179 @@
+// End-to-end runs of the built program: console texts, job log, exit status.
+#include "TestUtil.h"
+
+#include <gtest/gtest.h>
+
+using namespace testutil;
+
+namespace {
+const char* const freeNodeDeck = "TITLE\n"
+                                 "** one free node\n"
+                                 "CONTROLS\n"
+                                 "RUN FROM 0 TO 0.5\n"
+                                 "STEP 0.1\n"
+                                 "PRINT EVERY 0.2\n"
+                                 "NODES\n"
+                                 "1 X 0 Y 0 Z 0\n"
+                                 "2 X 1 Y 0 Z 0\n";
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> out;
+    std::string::size_type pos = 0;
+    while (pos < text.size()) {
+        const auto end = text.find('\n', pos);
+        out.push_back(text.substr(pos, end == std::string::npos ? std::string::npos : end - pos));
+        if (end == std::string::npos) break;
+        pos = end + 1;
+    }
+    return out;
+}
+} // namespace
+
+TEST(Console, BannerIsLaidOutOn65Columns) {
+    fs::path deck;
+    const RunResult r = runDeck("banner", freeNodeDeck, &deck);
+    EXPECT_EQ(r.status, 0);
+    const auto out = lines(r.out);
+    ASSERT_GT(out.size(), 20u);
+    EXPECT_EQ(out[0], std::string(65, '_'));
+    EXPECT_EQ(out[1], std::string(65, ' '));
+    for (int i = 2; i < 7; ++i) {
+        EXPECT_EQ(out[i].size(), 65u) << out[i];
+        EXPECT_NE(out[i].find("_|"), std::string::npos);
+    }
+    EXPECT_EQ(out[7], std::string(65, ' '));
+    EXPECT_EQ(out[8], " An explicit finite element code for Composite Process Modeling  ");
+    EXPECT_EQ(out[10], " Version v0.5.0");
+    EXPECT_EQ(out[11], " Build Type: Release" + std::string(32, ' '));
+    EXPECT_EQ(out[13].size(), 65u);
+    EXPECT_EQ(out[14].size(), 65u);
+    EXPECT_EQ(out[15], std::string(65, ' '));
+    EXPECT_EQ(out[16].substr(out[16].size() - 4), "2021");
+    EXPECT_EQ(out[17], std::string(65, '_'));
+    EXPECT_EQ(out[18], std::string(65, ' '));
+    EXPECT_TRUE(contains(r.out, "\n Exit Drapex\n"));
+    EXPECT_TRUE(contains(r.out, " Solving took : "));
+    EXPECT_EQ(r.err, "");
+}
+
+TEST(Console, WithoutArgumentThePromptReadsOneWord) {
+    const fs::path dir = scratchDir("prompt");
+    const fs::path deck = writeFile(dir / "prompted.txt", freeNodeDeck);
+    const RunResult r = runCommand(std::string("'") + DRAPEX_EXE + "'", deck.string() + " ignored words\n");
+    EXPECT_TRUE(contains(r.out, " Please enter a file name :\n > "));
+    EXPECT_TRUE(contains(r.out, " Exit Drapex"));
+    EXPECT_TRUE(fs::exists(dir / "prompted.md"));
+}
+
+TEST(Console, EmptyInputAtThePromptIsAMissingFile) {
+    const RunResult r = runCommand(std::string("'") + DRAPEX_EXE + "'", "");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, "  File :  does not exist\n");
+    EXPECT_FALSE(contains(r.out, "Exit Drapex"));
+}
+
+TEST(Console, DirectoryAndMissingFileAreReportedWithStatusZero) {
+    const fs::path dir = scratchDir("dirarg");
+    RunResult r = runDrapex(dir);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, "  The input file: " + dir.string() + " is a directory\n");
+    r = runDrapex(dir / "nothere.txt");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, "  File : " + (dir / "nothere.txt").string() + " does not exist\n");
+}
+
+TEST(Console, InputErrorsArePrintedAsANestedChain) {
+    const RunResult r = runDeck("chain", "CONTROLS\nRUN FROM 0 TO 1\nELEMENTS TYPE BEAM\n1 NODES 1 2\n");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, " --> Exception caught \n"
+                     " --> Initialize method \n"
+                     " --> Details: At line 4\n"
+                     " --> Details: Element Type BEAM is not recognized\n");
+    EXPECT_TRUE(contains(r.out, " Exit Drapex"));
+    EXPECT_FALSE(contains(r.out, "Solving took"));
+}
+
+TEST(Console, DeckWithoutControlsIsReported) {
+    const RunResult r = runDeck("nocontrols", "NODES\n1 X 0\n");
+    EXPECT_EQ(r.err, " --> Exception caught \n"
+                     " --> Initialize method \n"
+                     " --> Details: No CONTROLS block found: the deck needs a control set\n");
+}
+
+TEST(Console, MalformedDecksNeverCrash) {
+    struct Case {
+        const char* name;
+        std::string deck;
+        const char* expected;
+    };
+    static const char binaryDeck[] = "CONTROLS\nSTEP 1\n\x01\x02\xff\xfe\x00\x7f\nNODES\n\x80\x81 1 2\n";
+    const Case cases[] = {
+        {"empty", "", " --> Details: No CONTROLS block found"},
+        {"cutshort", "CONTROLS\nRUN FROM 0 TO\n", " --> Details: At line 2\n --> Details: "},
+        {"range", "CONTROLS\nSTEP 1\nNODES\n1 X 1E999\n",
+         " --> Details: At line 4\n --> Details: Number 1E999 is out of range"},
+        {"binary", std::string(binaryDeck, sizeof binaryDeck - 1), " Exit Drapex"},
+        {"nodeword", "CONTROLS\nSTEP 1\nNODES\n1 X Y\n", " --> Details: Input X is not recognized"},
+        {"typeonly", "CONTROLS\nSTEP 1\nMATERIALS TYPE\nSTEEL E 1\n",
+         " --> Details: At line 3\n --> Details: "},
+    };
+    for (const Case& c : cases) {
+        const RunResult r = runDeck(std::string("malformed_") + c.name, c.deck);
+        EXPECT_EQ(r.status, 0) << c.name;
+        EXPECT_TRUE(contains(r.err + r.out, c.expected)) << c.name << "\n" << r.err;
+        EXPECT_TRUE(contains(r.out, " Exit Drapex")) << c.name;
+    }
+}
+
+TEST(JobLog, HeaderSectionsAndCountsAreWrittenBesideTheDeck) {
+    fs::path deck;
+    const RunResult r = runDeck("joblog", freeNodeDeck, &deck);
+    const auto log = readLines(deck.parent_path() / "joblog.md");
+    ASSERT_GT(log.size(), 30u);
+    EXPECT_EQ(log[0], "--- ");
+    EXPECT_EQ(log[1], "title: Log file for job joblog.txt");
+    EXPECT_EQ(log[2].rfind("author: ", 0), 0u);
+    EXPECT_EQ(log[3].rfind("date: ", 0), 0u);
+    EXPECT_EQ(log[4], "--- ");
+    EXPECT_EQ(log[6], "# Logging job joblog.txt");
+    EXPECT_EQ(log[8], "This file has been generate automatically by drapex, you will find  all the relative "
+                      "information of this job in the following sections. ");
+    EXPECT_EQ(log[10], "**Using Drapex version: V0.5.0**");
+    EXPECT_EQ(log[12], "---");
+    const std::string text = readFile(deck.parent_path() / "joblog.md");
+    EXPECT_TRUE(
+        contains(text, "## Model info\n\n - Number of objects instances \n\t - Nodes: 2\n\t - Loads: 0\n"));
+    EXPECT_TRUE(contains(text, " - Automatic step time: false\n\t - Step time: 0.100000\n"));
+    EXPECT_TRUE(contains(text, " - Ouput type: VTK\n - Print step: 0.200000\n"));
+    EXPECT_TRUE(contains(text, "<!--Call divider-->\n - Writing output file 0\n\t - Elapsed time: "));
+    EXPECT_TRUE(contains(text, "\t - Current time: 0.200000\n"));
+    EXPECT_TRUE(contains(text, " Solving took : "));
+    EXPECT_TRUE(contains(r.out, "  > File name: joblog\n  > Extension: .txt\n"));
+    EXPECT_TRUE(contains(r.out, "   - Nodes: 2\n"));
+    EXPECT_TRUE(fs::exists(deck.parent_path() / "Results_joblog" / "joblog_0.vtk"));
+}
+
+TEST(JobLog, FailedPhaseWritesTheErrorBlock) {
+    fs::path deck;
+    runDeck("logerror", "CONTROLS\nSTEP 1\nELEMENTS TYPE NONE\n1 NODES 1 2\n", &deck);
+    const std::string text = readFile(deck.parent_path() / "logerror.md");
+    EXPECT_TRUE(contains(
+        text, "---\n :exclamation: **Error at:** At line 4\n ```bash \ninitialize() method\n ```\n\n"));
+}
+
+TEST(SolutionLoop, EndTimeZeroTakesExactlyOneStepAndPrintsOnce) {
+    fs::path deck;
+    runDeck("onestep", "CONTROLS\nSTEP 0.5\nNODES\n1 X 0\n", &deck);
+    const std::string text = readFile(deck.parent_path() / "onestep.md");
+    EXPECT_TRUE(contains(text, "Writing output file 0"));
+    EXPECT_FALSE(contains(text, "Writing output file 1"));
+    EXPECT_TRUE(fs::exists(deck.parent_path() / "Results_onestep" / "onestep_0.vtk"));
+    EXPECT_FALSE(fs::exists(deck.parent_path() / "Results_onestep" / "onestep_1.vtk"));
+}
+
+TEST(SolutionLoop, RerunReplacesTheResults) {
+    fs::path deck;
+    runDeck("rerun", freeNodeDeck, &deck);
+    const RunResult second = runDrapex(deck);
+    EXPECT_TRUE(contains(second.out, " The results file exists, the results will be replaced\n"));
+}

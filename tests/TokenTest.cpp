@@ -1,0 +1,92 @@
+#include "Token.h"
+#include "IOFile.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace {
+const std::string deckDelimiters = std::string(" ,\t=[]");
+
+std::vector<Token> tokens(std::string line) {
+    IOFile::trim(line);
+    IOFile::uppercase(line);
+    return IOFile::tokenize(line, deckDelimiters);
+}
+} // namespace
+
+TEST(TokenClassification, NumbersAreReadByTheirLongestLeadingPrefix) {
+    EXPECT_DOUBLE_EQ(Token("12ABC").getNumber(), 12.0);
+    EXPECT_DOUBLE_EQ(Token("1.5E3").getNumber(), 1500.0);
+    EXPECT_DOUBLE_EQ(Token("0X1A").getNumber(), 26.0);
+    EXPECT_DOUBLE_EQ(Token("-1.E-3").getNumber(), -0.001);
+    EXPECT_DOUBLE_EQ(Token("1E").getNumber(), 1.0);
+    EXPECT_TRUE(Token("12ABC").isANumber());
+    EXPECT_EQ(Token("12ABC").getWord(), "");
+}
+
+TEST(TokenClassification, NanAndInfinityAreNumbersNeverWords) {
+    EXPECT_TRUE(std::isnan(Token("NAN").getNumber()));
+    EXPECT_TRUE(std::isinf(Token("INF").getNumber()));
+    EXPECT_TRUE(std::isinf(Token("INFINITY").getNumber()));
+    EXPECT_TRUE(Token("INFO").isANumber());
+}
+
+TEST(TokenClassification, TextWithoutLeadingNumberIsAWord) {
+    const Token t("E11");
+    EXPECT_TRUE(t.isAWord());
+    EXPECT_FALSE(t.isANumber());
+    EXPECT_EQ(t.getWord(), "E11");
+    EXPECT_EQ(t.getNumber(), 0.0);
+    EXPECT_TRUE(Token("123", 0).isAWord());
+    EXPECT_TRUE(Token(2.5).isANumber());
+}
+
+TEST(TokenClassification, NumberOutOfRangeLeavesTheConstructor) {
+    EXPECT_THROW(Token("1E999"), std::out_of_range);
+}
+
+TEST(Tokenizer, SplitsOnTheSixDelimitersWithoutEmptyTokens) {
+    const auto t = tokens("  node 1 ,2 ");
+    ASSERT_EQ(t.size(), 3u);
+    EXPECT_EQ(t[0].getWord(), "NODE");
+    EXPECT_EQ(t[1].getNumber(), 1.0);
+    EXPECT_EQ(t[2].getNumber(), 2.0);
+
+    const auto a = tokens("NODE 1, 0.0 = [1.0]");
+    const auto b = tokens("NODE 1 0.0 1.0");
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        EXPECT_EQ(a[i].isAWord(), b[i].isAWord());
+        EXPECT_EQ(a[i].getNumber(), b[i].getNumber());
+        EXPECT_EQ(a[i].getWord(), b[i].getWord());
+    }
+    EXPECT_TRUE(tokens(" ,,=[]\t ").empty());
+}
+
+TEST(Tokenizer, MixedCaseLinesArriveInUpperCase) {
+    const auto t = tokens("elements type rod_2\r");
+    ASSERT_EQ(t.size(), 3u);
+    EXPECT_EQ(t[2].getWord(), "ROD_2");
+}
+
+TEST(IOFilePaths, InitSplitsThePathIntoItsParts) {
+    IOFile f;
+    f.init("case/job.txt");
+    EXPECT_EQ(f.filename(), "job");
+    EXPECT_EQ(f.extension(), ".txt");
+    EXPECT_EQ(f.parentPath(), "case");
+    EXPECT_EQ(f.relativePath(), "case/job.txt");
+    EXPECT_FALSE(f.fileExists());
+}
+
+TEST(IOFilePaths, APathWithoutFileNameIsRefused) {
+    IOFile f;
+    try {
+        f.init("case/");
+        FAIL() << "no exception";
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "The filename is null");
+    }
+    EXPECT_THROW(f.init(""), std::runtime_error);
+}
