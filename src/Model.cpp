@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -26,6 +27,12 @@ namespace {
 std::string fixed(double v) {
     char buf[64];
     std::snprintf(buf, sizeof buf, "%f", v);
+    return buf;
+}
+
+std::string scientific(double v) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%g", v);
     return buf;
 }
 
@@ -202,6 +209,7 @@ void Model::setInitialConditions() {
             logger->writeList("Step time: " + fixed(timeStep), 1);
         }
 
+        checkNodeNumbering();
         writer->initializeWriter(nodes, elements);
         for (auto& t : trackers)
             t->initializeTracker();
@@ -213,6 +221,27 @@ void Model::setInitialConditions() {
         logger->writeError(e.what(), "setInitialConditions() method");
         std::throw_with_nested(std::runtime_error(" --> Initial conditions method"));
     }
+}
+
+void Model::checkNodeNumbering() {
+    // The results file addresses points by node number: point k is node k.
+    const long count = static_cast<long>(nodes.size());
+    std::vector<char> seen(nodes.size() + 1, 0);
+    long duplicates = 0;
+    for (const auto& n : nodes) {
+        const long k = n->getNumber();
+        if (k < 1 || k > count)
+            throw std::invalid_argument("Node numbers must run from 1 to the number of nodes (" +
+                                        std::to_string(count) + ") without gaps: node " + std::to_string(k) +
+                                        " is out of that range");
+        if (seen[k]) ++duplicates;
+        seen[k] = 1;
+    }
+    if (duplicates > 0)
+        logger->writeList(
+            "Warning: " + std::to_string(duplicates) +
+                " node numbers are given twice; elements and trackers use the first node of each number",
+            0);
 }
 
 void Model::step(double& candidateStep) {
@@ -238,6 +267,13 @@ void Model::step(double& candidateStep) {
         n.computeNewPosition(dt, currentTime);
         internalEnergy += n.getInternalEnergy();
         kineticEnergy += n.getKineticEnergy();
+        // An unstable integration shows first as a non-finite position; stop
+        // there rather than write pages of NaN.
+        if (!std::isfinite(n.getX_pos() + n.getY_pos() + n.getZ_pos()))
+            throw std::runtime_error("Node " + std::to_string(n.getNumber()) +
+                                     " has a non-finite position at time " + fixed(currentTime) +
+                                     " with time step " + scientific(dt) +
+                                     ": the integration is unstable (a time step above the critical one?)");
     }
     checkNeighbours();
     if (automaticTimeStep) timeStep = candidateStep;
@@ -273,8 +309,15 @@ void Model::solve() {
             }
             for (auto& node : nodes)
                 node->clearNodalForces();
+            const double previousTime = currentTime;
             currentTime += timeStep;
             t = currentTime;
+            // A step that is negative, zero, NaN or too small to change the
+            // time would never reach the end time.
+            if (!(currentTime > previousTime))
+                throw std::runtime_error("Time step " + scientific(timeStep) +
+                                         " does not advance the time from " + fixed(previousTime) +
+                                         ": the run cannot reach its end time");
         }
     } catch (const std::exception&) {
         std::throw_with_nested(std::runtime_error(" --> Run method"));

@@ -49,6 +49,8 @@ public:
     void step(double& candidateStep);
 
 private:
+    void checkNodeNumbering();
+
     std::filesystem::path inputPath;
     int id;
     std::shared_ptr<Reader> reader;

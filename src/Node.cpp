@@ -4,6 +4,7 @@
 #include "ContactLine.h"
 #include "Load.h"
 
+#include <cmath>
 #include <iostream>
 #include <stdexcept>
 
@@ -27,6 +28,9 @@ void Node::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
         const std::string key = tokens.at(i).getWord();
         if ((key == "X" || key == "Y" || key == "Z") && tokens.at(i + 1).isANumber()) {
             const double v = tokens.at(i + 1).getNumber();
+            if (!std::isfinite(v))
+                throw std::invalid_argument("Coordinate " + key + " of node " + std::to_string(number) +
+                                            " is not a finite number");
             if (key == "X") {
                 setXPositionOrigin(v);
                 xGiven = true;
@@ -151,6 +155,8 @@ void Node::determineMassMatrix() {
         inertia[2][2] = 1e-15;
     }
     inverseInertia = TNT::invert(inertia);
+    if (inverseInertia.dim1() != 3)
+        throw std::runtime_error("Rotational inertia of node " + std::to_string(number) + " is singular");
 }
 
 void Node::computeNewPosition(double dt, double t) {

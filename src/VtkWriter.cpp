@@ -4,6 +4,7 @@
 #include "Node.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 VtkWriter::VtkWriter() {
     type = "VTK";
@@ -42,7 +43,12 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         for (const auto& e : modelElements)
             cellListSize += e->getNumberOfNodes() + 1;
     }
-    file.open(nextFile(), std::ios::out | std::ios::trunc);
+    const std::filesystem::path target = nextFile();
+    file.open(target, std::ios::out | std::ios::trunc);
+    if (!file) {
+        file.clear();
+        throw std::runtime_error("Results file " + target.string() + " cannot be written");
+    }
     file << "# vtk DataFile Version 3.0 \n"
          << "vtk ouput \n"
          << "ASCII \n"
@@ -79,5 +85,9 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         if (count % 6 != 0) file << "\n";
     }
     file.close();
+    if (file.fail()) {
+        file.clear();
+        throw std::runtime_error("Results file " + target.string() + " could not be written completely");
+    }
     ++printNumber;
 }

@@ -177,3 +177,54 @@ TEST(SolutionLoop, RerunReplacesTheResults) {
     const RunResult second = runDrapex(deck);
     EXPECT_TRUE(contains(second.out, " The results file exists, the results will be replaced\n"));
 }
+
+TEST(Robustness, StepThatDoesNotAdvanceTimeStopsTheRun) {
+    const RunResult r = runDeck("negstep", "CONTROLS\nRUN FROM 0 TO 1\nSTEP -0.1\nNODES\n1 X 0\n");
+    EXPECT_EQ(r.err,
+              " --> Exception caught \n"
+              " --> Run method\n"
+              " --> Details: Time step -0.1 does not advance the time from 0.000000: the run cannot reach "
+              "its end time\n");
+    EXPECT_TRUE(contains(r.out, " Exit Drapex"));
+}
+
+TEST(Robustness, NodeNumbersWithGapsAreRefused) {
+    const RunResult r = runDeck("gaps", "CONTROLS\nSTEP 0.1\nNODES\n1 X 0\n3 X 1\n");
+    EXPECT_EQ(r.err,
+              " --> Exception caught \n"
+              " --> Initial conditions method\n"
+              " --> Details: Node numbers must run from 1 to the number of nodes (2) without gaps: node 3 "
+              "is out of that range\n");
+}
+
+TEST(Robustness, DuplicateNodeNumbersRunWithAWarning) {
+    fs::path deck;
+    const RunResult r = runDeck("dupnodes", "CONTROLS\nSTEP 0.1\nNODES\n1 X 0\n1 X 1\n", &deck);
+    EXPECT_EQ(r.err, "");
+    EXPECT_TRUE(
+        contains(readFile(deck.parent_path() / "dupnodes.md"), "Warning: 1 node numbers are given twice"));
+}
+
+TEST(Robustness, NonFiniteCoordinatesAreRefused) {
+    const RunResult r = runDeck("nancoord", "CONTROLS\nSTEP 0.1\nNODES\n1 X NAN\n");
+    EXPECT_TRUE(contains(r.err, " --> Details: Coordinate X of node 1 is not a finite number\n"));
+}
+
+TEST(Robustness, ResultsThatCannotBeWrittenStopTheRun) {
+    const fs::path dir = scratchDir("unwritable");
+    const fs::path deck = writeFile(dir / "blocked.txt", "CONTROLS\nSTEP 0.1\nNODES\n1 X 0\n");
+    writeFile(dir / "Results_blocked", "a file where the results folder belongs");
+    const RunResult r = runDrapex(deck);
+    EXPECT_TRUE(contains(
+        r.err, " --> Run method\n --> Details:  --> Error during writing\n --> Details: Results file "));
+    EXPECT_TRUE(contains(r.err, "cannot be written\n"));
+}
+
+TEST(Robustness, DeckPathWithBlanksRuns) {
+    const fs::path dir = scratchDir("with blanks");
+    const fs::path deck = writeFile(dir / "my job.txt", freeNodeDeck);
+    const RunResult r = runDrapex(deck);
+    EXPECT_EQ(r.err, "");
+    EXPECT_TRUE(fs::exists(dir / "my job.md"));
+    EXPECT_TRUE(fs::exists(dir / "Results_my job" / "my job_0.vtk"));
+}
