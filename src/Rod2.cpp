@@ -183,10 +183,11 @@ void Rod2::computeInternalForces(double /*dt*/, int /*ip*/) {
     localForce[0] = stress[0] * area;
     localForce[1] = 0.0;
     localForce[2] = 0.0;
+    // f = basis^T localForce = N e1. Only the axis row carries force, which
+    // keeps the force finite when the auxiliary point leaves e2, e3 undefined.
     double f[3];
     for (int j = 0; j < 3; ++j)
-        f[j] = localBasis[0][j] * localForce[0] + localBasis[1][j] * localForce[1] +
-               localBasis[2][j] * localForce[2];
+        f[j] = localBasis[0][j] * localForce[0];
     nodes[0]->addInternalForce(f[0], f[1], f[2]);
     nodes[1]->addInternalForce(-f[0], -f[1], -f[2]);
 }
