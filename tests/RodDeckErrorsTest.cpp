@@ -62,10 +62,7 @@ TEST(RodDeckErrorsTest, BaseDeckRuns) {
 TEST(RodDeckErrorsTest, ElementLineMessages) {
     const std::vector<Case> cases = {
         {15, "1 NODES 1 2 MATERIAL WOOD D 0.1", atLine(15, "Material name WOOD is not found")},
-        {15, "1 NODES 1 3 MATERIAL STEEL D 0.1", atLine(15, "Node 3 is not found")},
-        {15, "1 NODES 1 TWO MATERIAL STEEL D 0.1", atLine(15, "Not enough nodes inputs for Element Rod2")},
         {15, "1 NODES 1 2 MATERIAL STEEL D 0.1 CONTACT BASIC", atLine(15, "Invalid CONTACT type")},
-        {15, "1 NODES 1 2 MATERIAL STEEL DIAMETER 0.1", atLine(15, "Input DIAMETER is not recognized")},
         {14, "ELEMENTS TYPE ROD2", atLine(15, "Element Type ROD2 is not recognized")},
     };
     for (std::size_t i = 0; i < cases.size(); ++i)
@@ -86,8 +83,6 @@ TEST(RodDeckErrorsTest, AssemblyAndMaterialMessages) {
                 "Error in rod element 1. Element mass is zero or negative"})},
         {10, "STEEL NU 0.3 RHO 1",
          chain({" --> Initial conditions method", "Young modulus is not set for material: STEEL"})},
-        {10, "STEEL E 1000 RHO 1",
-         chain({" --> Initial conditions method", "Poisson ration is not set for material: STEEL"})},
         // Without RHO the rod's mass is zero, which assembly finds first.
         {10, "STEEL E 1000 NU 0.3",
          chain({" --> Assemble Mass Matrix method: Elements",
@@ -106,12 +101,9 @@ TEST(RodDeckErrorsTest, ConstraintLoadAndAmplitudeMessages) {
          chain({" --> Initialize method ", "Constraint name NOSUCH is not found"})},
         {13, "2 X 1 LOAD NOSUCH", chain({" --> Initialize method ", "Load name NOSUCH is not found"})},
         {6, "FIXED VX 0 AMPLITUDE NOSUCH", atLine(6, "Amplitude name NOSUCH is not found")},
-        {6, "FIXED VX 0 VW 0", atLine(6, "Input VW is not recognized")},
         {5, "CONSTRAINTS TYPE FIXED", atLine(6, "Constraint Type FIXED is not recognized")},
         {8, "PULL FX 1 AMPLITUDE NOSUCH", atLine(8, "Amplitude name NOSUCH is not found")},
-        {8, "PULL FW 1", atLine(8, "Input FW is not recognized")},
         {4, "RAMP VALUES 1", atLine(4, "Input VALUES has not enough parameters")},
-        {4, "RAMP TIMES 0 0 1 1", atLine(4, "Input TIMES is not recognized")},
         {4, "RAMP", chain({" --> Initial conditions method", "No values for amplitude RAMP"})},
         {3, "AMPLITUDES TYPE SMOOTH", atLine(4, "Amplitude Type SMOOTH is not recognized")},
     };
