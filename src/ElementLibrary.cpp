@@ -1,9 +1,11 @@
 #include "ElementLibrary.h"
 
 #include "Element.h"
+#include "Rod2.h"
 
 #include <stdexcept>
 
 std::shared_ptr<Element> ElementLibrary::getElementOstrel(std::string type) {
+    if (type == "ROD_2") return std::make_shared<Rod2>();
     throw std::invalid_argument("Element Type " + type + " is not recognized");
 }

@@ -1,0 +1,60 @@
+#include "AmpTabular.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+std::shared_ptr<Amplitude> AmpTabular::copyAmp() {
+    auto copy = std::make_shared<AmpTabular>();
+    copy->name = name;
+    copy->nameSet = nameSet;
+    copy->numberOfValues = numberOfValues;
+    copy->valuesSet = valuesSet;
+    copy->cursor = copy->values.end();
+    return copy;
+}
+
+void AmpTabular::parseOstrel(std::vector<Token> tokens) {
+    std::size_t i = 0;
+    while (i < tokens.size()) {
+        const std::string key = tokens[i].getWord();
+        if (key != "VALUES") throw std::invalid_argument("Input " + key + " is not recognized");
+        if (i + 2 >= tokens.size())
+            throw std::invalid_argument("Input " + key + " has not enough parameters");
+        ++i;
+        while (i + 1 < tokens.size() && tokens[i].isANumber() && tokens[i + 1].isANumber()) {
+            values.emplace_back(tokens[i].getNumber(), tokens[i + 1].getNumber());
+            ++numberOfValues;
+            i += 2;
+        }
+        // A lone number left before the next word or the end has no partner.
+        if (i < tokens.size() && tokens[i].isANumber()) ++i;
+        valuesSet = true;
+    }
+    cursor = values.begin();
+}
+
+void AmpTabular::setInitialConditions() {
+    if (!nameSet) throw std::invalid_argument("Name is not set for this amplitude ");
+    if (numberOfValues == 0 || values.empty()) throw std::invalid_argument("No values for amplitude " + name);
+    std::sort(values.begin(), values.end(),
+              [](const std::pair<double, double>& a, const std::pair<double, double>& b) {
+                  return a.first < b.first;
+              });
+    startTime = values.front().first;
+    endTime = values.back().first;
+    cursor = values.begin();
+}
+
+double AmpTabular::at(double time) {
+    if (time < startTime || time > endTime || values.empty()) return 0.0;
+    const std::pair<double, double>& last = values.back();
+    for (auto it = cursor; it != values.end(); ++it) {
+        if (*it == last) return it->second;
+        const auto next = it + 1;
+        if (it->first <= time && time < next->first) {
+            cursor = it;
+            return it->second + (time - it->first) * (next->second - it->second) / (next->first - it->first);
+        }
+    }
+    return last.second;
+}

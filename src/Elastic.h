@@ -1,0 +1,34 @@
+// Isotropic linear elastic law.
+//   Rods (total-strain form):      eps += d_eps,  sigma = E eps.
+//   Membranes and shells (incremental, hypoelastic plane stress):
+//     d_sigma = D d_eps with D11 = D22 = E/(1-nu^2), D12 = nu E/(1-nu^2),
+//     D44 = G = E/(2(1+nu)) for the in-plane engineering shear and
+//     D55 = D66 = 5/6 G for the transverse shears; sigma33 = 0.
+//   Wave speeds: c1 = sqrt(E/rho) (bar), c2 = sqrt(E/((1-nu^2) rho)) (plate).
+#pragma once
+
+#include "Material.h"
+
+class Elastic : public Material {
+public:
+    Elastic();
+    Elastic(const Elastic& other);
+    Elastic& operator=(const Elastic&) = delete;
+
+    void parseOstrel(std::vector<Token> tokens) override;
+    void setInitialConditions(TNT::Array2D<double>& basis) override;
+    double wavespeed1D() override;
+    double wavespeed2D() override;
+    void computeStress1D(double& strain, double& strainIncrement, double& stress) override;
+    void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
+                         TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) override;
+    std::shared_ptr<Material> copyMat() override;
+
+    // Fills the 6x6 plane-stress matrix D from E and nu.
+    void setPlaneStressModulus();
+    const TNT::Array2D<double>& getPlaneStressModulus() const { return D; }
+
+private:
+    bool planeStressReady;
+    TNT::Array2D<double> D;
+};

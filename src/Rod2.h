@@ -1,0 +1,83 @@
+// Two-node bar of circular cross-section carrying axial force only.
+//   Strain: logarithmic (true) axial strain eps = ln(L/L0), computed as
+//           ln((L - L0)/L0 + 1); the volume is kept, so A = A0 L0 / L.
+//   Stress: sigma = material 1D law (E eps for the elastic material).
+//   Forces: N = sigma A along the unit axis e1 (node 1 -> node 2); node 1
+//           receives +N e1 and node 2 -N e1, so tension pulls them together.
+//   Mass:   m = rho A0 L0, half lumped on each node; each node also receives
+//           the full rotational inertia I = max(m L0^2/12, m D^2/8) on its
+//           diagonal. The material's DAMPING goes to the nodes.
+//   Step:   the critical step is L / c with c = sqrt(E/rho).
+// With CONTACT EDGE the rod creates a contact line along its axis with the
+// radius D/2.
+#pragma once
+
+#include "Element.h"
+
+class ContactLine;
+
+class Rod2 : public Element {
+public:
+    Rod2();
+
+    // Diagnostic hook: prints the object's address.
+    void parseOstrel() override;
+    void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& modelNodes,
+                     const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                     const std::vector<std::shared_ptr<Material>>& materials,
+                     const std::vector<std::shared_ptr<Load>>& loads) override;
+    void assembleMassMatrix() override;
+    void setInitialConditions() override;
+    double checkTimestep(double dt) override;
+    void updateLocalCoordinateSystem() override;
+    int getNumberOfIntegrationPoints() override { return 1; }
+    void computeStrain(double dt, int ip) override;
+    void computeStress(double dt, int ip) override;
+    void computeInternalForces(double dt, int ip) override;
+    void computeExternalForces(double time) override;
+    void computeContactForces() override;
+    std::string printVTK(int what, int component) override;
+
+    // Current distance between node 2 and node 1.
+    double elementLength() const;
+
+    // Tokens handed to the contact line: NODES n1 n2 R <D/2> [FACTOR f], the
+    // reals in six-decimal fixed notation.
+    std::vector<Token> contactLineTokens() const;
+
+    double getDiameter() const { return diameter; }
+    double getInitialArea() const { return initialArea; }
+    double getArea() const { return area; }
+    double getInitialLength() const { return initialLength; }
+    double getLength() const { return length; }
+    int getContactType() const { return contactType; }
+    double getContactFactor() const { return contactFactor; }
+    bool isContactFactorSet() const { return contactFactorSet; }
+    std::shared_ptr<Material> getMaterial() const { return material; }
+    std::shared_ptr<ContactLine> getContactLine() const { return contactLine; }
+    const TNT::Array2D<double>& getInertia() const { return inertia; }
+    const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
+    const TNT::Array1D<double>& getStrain() const { return strain; }
+    const TNT::Array1D<double>& getStress() const { return stress; }
+
+private:
+    double diameter = 0.0;
+    double initialArea = 0.0;
+    double area = 0.0;
+    double initialLength = 0.0;
+    double length = 0.0;
+    std::shared_ptr<Material> material;
+    TNT::Array2D<double> inertia;
+    TNT::Array2D<double> localBasis;
+    TNT::Array1D<double> strain;
+    TNT::Array1D<double> stress;
+    TNT::Array1D<double> strainIncrement;
+    TNT::Array1D<double> localForce;
+    bool diameterSet = false;
+    bool materialSet = false;
+    bool nodesSet = false;
+    std::shared_ptr<ContactLine> contactLine;
+    int contactType = 300;
+    double contactFactor = 0.0;
+    bool contactFactorSet = false;
+};

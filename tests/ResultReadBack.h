@@ -1,0 +1,76 @@
+// Reads results back for end-to-end checks: a legacy VTK file written by the
+// program (points, cells and cell scalars) and the values of one list entry
+// of the Markdown job log (for example every "Current time: ").
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace readback {
+
+struct VtkResult {
+    std::vector<std::array<double, 3>> points;
+    std::vector<std::vector<int>> cells;
+    std::vector<int> cellTypes;
+    std::map<std::string, std::vector<double>> scalars;
+};
+
+inline VtkResult readVtk(const std::filesystem::path& file) {
+    VtkResult r;
+    std::ifstream in(file);
+    std::string word;
+    while (in >> word) {
+        if (word == "POINTS") {
+            int n;
+            std::string type;
+            in >> n >> type;
+            r.points.resize(n);
+            for (auto& p : r.points)
+                in >> p[0] >> p[1] >> p[2];
+        } else if (word == "CELLS") {
+            int n, size;
+            in >> n >> size;
+            r.cells.resize(n);
+            for (auto& c : r.cells) {
+                int count;
+                in >> count;
+                c.resize(count);
+                for (int& v : c)
+                    in >> v;
+            }
+        } else if (word == "CELL_TYPES") {
+            int n;
+            in >> n;
+            r.cellTypes.resize(n);
+            for (int& t : r.cellTypes)
+                in >> t;
+        } else if (word == "SCALARS") {
+            std::string name, type, lookup, table;
+            in >> name >> type >> lookup >> table;
+            std::vector<double>& values = r.scalars[name];
+            values.resize(r.cells.size());
+            for (double& v : values)
+                in >> v;
+        }
+    }
+    return r;
+}
+
+// Every value that follows `label` on a line of the log, in file order.
+inline std::vector<double> logValues(const std::filesystem::path& log, const std::string& label) {
+    std::vector<double> values;
+    std::ifstream in(log);
+    std::string line;
+    while (std::getline(in, line)) {
+        const auto pos = line.find(label);
+        if (pos != std::string::npos) values.push_back(std::stod(line.substr(pos + label.size())));
+    }
+    return values;
+}
+
+} // namespace readback

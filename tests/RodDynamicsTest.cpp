@@ -1,0 +1,201 @@
+// Whole rod models: the stable time step chosen by the model and the free
+// vibration of a rod read back from the result files.
+#include "Element.h"
+#include "Model.h"
+#include "Node.h"
+#include "ResultReadBack.h"
+#include "Rod2.h"
+#include "TestUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace testutil;
+
+namespace {
+
+const double pi = 3.14159265358979323846;
+
+// Three rods along x of lengths 1, 0.5 and 2 with a bar wave speed of 1.
+// Nodes 1, 2 and 4 are fixed; node 3 moves along x with `velocity`.
+std::string threeRodDeck(const std::string& step, double velocity) {
+    return "CONTROLS\nRUN FROM 0 TO 1\nSTEP " + step +
+           "\nPRINT EVERY 1\n"
+           "CONSTRAINTS TYPE BOUNDARY_CONDITION\n"
+           "FIXED VX 0 VY 0 VZ 0\n"
+           "MOVE VX " +
+           std::to_string(velocity) +
+           " VY 0 VZ 0\n"
+           "MATERIALS TYPE ELASTIC\n"
+           "UNIT E 1 NU 0.3 RHO 1\n"
+           "NODES\n"
+           "1 X 0 CONSTRAINT FIXED\n"
+           "2 X 1 CONSTRAINT FIXED\n"
+           "3 X 1.5 CONSTRAINT MOVE\n"
+           "4 X 3.5 CONSTRAINT FIXED\n"
+           "ELEMENTS TYPE ROD_2\n"
+           "1 NODES 1 2 MATERIAL UNIT D 0.1\n"
+           "2 NODES 2 3 MATERIAL UNIT D 0.1\n"
+           "3 NODES 3 4 MATERIAL UNIT D 0.1\n";
+}
+
+struct SteppedModel {
+    Model model;
+    double candidate = 90000.0;
+
+    explicit SteppedModel(const std::filesystem::path& deck) : model(1, deck.string()) {
+        testing::internal::CaptureStdout();
+        model.initialize();
+        model.assembleMassMatrix();
+        model.setInitialConditions();
+        testing::internal::GetCapturedStdout();
+    }
+    ~SteppedModel() { testing::internal::CaptureStdout(); }
+
+    void step() {
+        model.step(candidate);
+        for (const auto& n : model.getNodes())
+            n->clearNodalForces();
+    }
+    Rod2& rod(int number) {
+        for (const auto& e : model.getElements())
+            if (e->getNumber() == number) return static_cast<Rod2&>(*e);
+        throw std::out_of_range("no rod");
+    }
+};
+
+std::filesystem::path writeDeck(const std::string& name, const std::string& text) {
+    return writeFile(scratchDir(name) / (name + ".txt"), text);
+}
+
+} // namespace
+
+TEST(RodDynamicsTest, AutomaticStepIsTheShortestRodOverWaveSpeedAndNeverGrows) {
+    const auto deck = writeDeck("rod_step_grow", threeRodDeck("0", 0.05));
+    {
+        SteppedModel m(deck);
+        EXPECT_TRUE(m.model.isAutomaticTimeStep());
+        EXPECT_DOUBLE_EQ(m.model.getTimeStep(), 0.5);
+        for (int i = 0; i < 10; ++i) {
+            m.step();
+            // Rod 2 lengthens (from the second step on, as the prescribed
+            // velocity acts on the displacement one step later): its own
+            // step grows, the model's does not.
+            if (i > 0) {
+                EXPECT_GT(m.rod(2).getLength(), 0.5);
+            }
+            EXPECT_DOUBLE_EQ(m.model.getTimeStep(), 0.5);
+        }
+    }
+    testing::internal::GetCapturedStdout();
+}
+
+TEST(RodDynamicsTest, AutomaticStepShrinksWithTheShortestRod) {
+    const auto deck = writeDeck("rod_step_shrink", threeRodDeck("0", -0.05));
+    {
+        SteppedModel m(deck);
+        double previous = m.model.getTimeStep();
+        for (int i = 0; i < 10; ++i) {
+            m.step();
+            const double length = m.rod(2).getLength();
+            EXPECT_DOUBLE_EQ(m.model.getTimeStep(), length / 1.0);
+            if (i > 1) {
+                EXPECT_LT(m.model.getTimeStep(), previous);
+            }
+            previous = m.model.getTimeStep();
+        }
+        EXPECT_LT(previous, 0.5);
+    }
+    testing::internal::GetCapturedStdout();
+}
+
+TEST(RodDynamicsTest, GivenStepIsUsedUnchanged) {
+    const auto deck = writeDeck("rod_step_given", threeRodDeck("0.123", -0.05));
+    {
+        SteppedModel m(deck);
+        EXPECT_FALSE(m.model.isAutomaticTimeStep());
+        for (int i = 0; i < 5; ++i) {
+            m.step();
+            EXPECT_EQ(m.model.getTimeStep(), 0.123);
+        }
+    }
+    testing::internal::GetCapturedStdout();
+}
+
+// One rod, node 1 fixed at x = -1, node 2 free at the origin and kicked
+// along x by a short force pulse. Lumped, the free node carries half the
+// rod's mass: m = rho A L / 2, k = E A / L, T = 2 pi sqrt(m / k).
+TEST(RodDynamicsTest, KickedRodVibratesWithTheLumpedPeriodAndKeepsItsEnergy) {
+    const double rho = 1000.0, E = 1.0e8, L = 1.0, D = 0.1;
+    const double A = pi * D * D / 4.0;
+    const double period = 2.0 * pi * std::sqrt((rho * A * L / 2.0) / (E * A / L));
+    const std::string deckText = "TITLE\n"
+                                 "CONTROLS\n"
+                                 "RUN FROM 0 TO 0.036\n"
+                                 "STEP 1.0E-6\n"
+                                 "PRINT EVERY 1.0E-4\n"
+                                 "AMPLITUDES TYPE TABULAR\n"
+                                 "PULSE VALUES 0 0 0.0002 1 0.0005 1 0.0007 0\n"
+                                 "LOADS\n"
+                                 "KICK FX 3500 AMPLITUDE PULSE\n"
+                                 "CONSTRAINTS TYPE BOUNDARY_CONDITION\n"
+                                 "FIXED VX 0 VY 0 VZ 0\n"
+                                 "MATERIALS TYPE ELASTIC\n"
+                                 "BAR E 1.0E8 NU 0.3 RHO 1000\n"
+                                 "NODES\n"
+                                 "1 X -1 CONSTRAINT FIXED\n"
+                                 "2 X 0 LOAD KICK\n"
+                                 "ELEMENTS TYPE ROD_2\n"
+                                 "1 NODES 1 2 MATERIAL BAR D 0.1\n";
+    std::filesystem::path deck;
+    const RunResult run = runDeck("rod_vibration", deckText, &deck);
+    ASSERT_TRUE(contains(run.out, " Exit Drapex")) << run.err;
+    ASSERT_EQ(run.err, "");
+
+    const auto dir = deck.parent_path();
+    const auto times = readback::logValues(dir / "rod_vibration.md", "Current time: ");
+    const auto internal = readback::logValues(dir / "rod_vibration.md", "Internal energy: ");
+    const auto kinetic = readback::logValues(dir / "rod_vibration.md", "Kinetic energy: ");
+    ASSERT_GT(times.size(), 300u);
+    ASSERT_EQ(internal.size(), times.size());
+
+    std::vector<double> x;
+    for (std::size_t k = 0; k < times.size(); ++k) {
+        const auto vtk = readback::readVtk(dir / "Results_rod_vibration" /
+                                           ("rod_vibration_" + std::to_string(k) + ".vtk"));
+        ASSERT_EQ(vtk.points.size(), 3u);
+        EXPECT_EQ(vtk.points[1][0], -1.0); // the fixed end does not move at all
+        x.push_back(vtk.points[2][0]);
+    }
+
+    // Upward zero crossings of the free end after the pulse.
+    std::vector<double> crossings;
+    for (std::size_t k = 1; k < x.size(); ++k)
+        if (times[k - 1] > 0.0008 && x[k - 1] < 0.0 && x[k] >= 0.0)
+            crossings.push_back(times[k - 1] + (times[k] - times[k - 1]) * (-x[k - 1]) / (x[k] - x[k - 1]));
+    ASSERT_GE(crossings.size(), 2u);
+    const double measured = (crossings.back() - crossings.front()) / (crossings.size() - 1);
+    EXPECT_NEAR(measured, period, 0.01 * period);
+
+    // The amplitude is about impulse / (m omega), a strain of about 1e-3.
+    double peak = 0.0;
+    for (double v : x)
+        peak = std::max(peak, std::fabs(v));
+    EXPECT_GT(peak, 5e-4);
+    EXPECT_LT(peak, 2e-3);
+
+    // After the pulse no external force acts: kinetic + internal energy stays.
+    // The logged internal energy sums f(t_n) dx over each step, which loses
+    // k dx^2 / 2 per step (a drift of about pi omega dt per period), hence the
+    // small step.
+    double low = 1e300, high = -1e300;
+    for (std::size_t k = 0; k < times.size(); ++k)
+        if (times[k] > 0.001) {
+            const double total = internal[k] + kinetic[k];
+            low = std::min(low, total);
+            high = std::max(high, total);
+        }
+    EXPECT_GT(low, 0.1);
+    EXPECT_LT(high - low, 0.01 * high);
+}
