@@ -62,31 +62,6 @@ TEST(HyperMaterialDeck, BlocksAreReadCaseInsensitivelyWithAnyDelimiters) {
     EXPECT_DOUBLE_EQ(fabric->wavespeed2D(), std::sqrt(300 / 5e-10));
 }
 
-TEST(HyperMaterialDeck, ElementCopiesOfADeckTextileFollowTheirOwnPlanes) {
-    const std::string deck = std::string(header) +
-                             "MATERIALS TYPE HYPERTEXTILE\n"
-                             "FABRIC RHO 5E-10 KSHEAR 0.1 KELONGWARP 300 KELONGWEFT 200 "
-                             "WARPORI 1 0 0 WEFTORI 0 1 0\n";
-    const auto shared = readMaterials("hyper_deck_copies", deck).at(0);
-
-    // Two triangles in the xy plane, numbered differently: the second one's
-    // first edge runs along y, so the warp (global x) lies along its second axis.
-    TNT::Array2D<double> flat(3, 3, 0.0), upright(3, 3, 0.0);
-    Element::calculateLocalBasis(0, 0, 0, 1, 0, 0, 0, 1, 0, flat);
-    Element::calculateLocalBasis(0, 0, 0, 0, 1, 0, 1, 0, 0, upright);
-    auto first = shared->copyMat();
-    auto second = shared->copyMat();
-    first->setInitialConditions(flat);
-    second->setInitialConditions(upright);
-
-    TNT::Array1D<double> strain(6, 0.0), stress(6, 0.0);
-    const TNT::Array2D<double> F = mattest::mat2(1.1, 0, 0, 1);
-    first->computeStress2D(F, strain, stress, flat);
-    EXPECT_NEAR(stress[0], 2 * 300 * std::log(1.1) / 1.1, 1e-10);
-    second->computeStress2D(F, strain, stress, upright);
-    EXPECT_NEAR(stress[0], 2 * 200 * std::log(1.1) / 1.1, 1e-10);
-}
-
 TEST(HyperMaterialDeck, ParseErrorsNameTheLineOnTheConsole) {
     struct Case {
         const char* block;

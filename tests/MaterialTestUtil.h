@@ -40,10 +40,6 @@ inline TNT::Array2D<double> rotation(double angle) {
     return mat2(std::cos(angle), -std::sin(angle), std::sin(angle), std::cos(angle));
 }
 
-inline TNT::Array2D<double> mul(const TNT::Array2D<double>& A, const TNT::Array2D<double>& B) {
-    return TNT::matmult(A, B);
-}
-
 inline TNT::Array2D<double> identityBasis() {
     TNT::Array2D<double> b(3, 3, 0.0);
     for (int i = 0; i < 3; ++i)
@@ -58,7 +54,7 @@ inline TNT::Array2D<double> randomF(std::mt19937& rng) {
     for (;;) {
         TNT::Array2D<double> F = mat2(1.0 + u(rng), u(rng), u(rng), 1.0 + u(rng));
         const double J = F[0][0] * F[1][1] - F[0][1] * F[1][0];
-        if (J > 0.4) return mul(rotation(10.0 * u(rng)), F);
+        if (J > 0.4) return TNT::matmult(rotation(10.0 * u(rng)), F);
     }
 }
 
