@@ -1,0 +1,183 @@
+#include "HyperTextile.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace {
+
+// Appends the numbers that follow the keyword at position i, up to the next
+// word or the end of the line, and returns the position after them. The first
+// following token must be a number.
+std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::vector<double>& out) {
+    const std::string key = tokens[i].getWord();
+    if (tokens.at(i + 1).isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
+    ++i;
+    while (i < tokens.size() && tokens[i].isANumber())
+        out.push_back(tokens[i++].getNumber());
+    return i;
+}
+
+// sum_k K_k 2k x^(2k-1): the derivative of sum_k K_k x^(2k). Odd powers keep
+// the sign of x, so a compressed yarn (x < 0) gives a negative tension.
+double seriesDerivative(const std::vector<double>& k, double x) {
+    const double x2 = x * x;
+    double power = x, sum = 0.0;
+    for (std::size_t i = 0; i < k.size(); ++i) {
+        sum += k[i] * double(2 * (i + 1)) * power;
+        power *= x2;
+    }
+    return sum;
+}
+
+} // namespace
+
+HyperTextile::HyperTextile()
+    : warpOrientation(3, 0.0), weftOrientation(3, 0.0), warpTensor(2, 2, 0.0), weftTensor(2, 2, 0.0),
+      warpWeftTensor(2, 2, 0.0), weftWarpTensor(2, 2, 0.0) {
+    type = "HYPERTEXTILE";
+    alpha = 0.0;
+}
+
+HyperTextile::HyperTextile(const HyperTextile& other)
+    : Material(other), kElongWarp(other.kElongWarp), kElongWeft(other.kElongWeft), kShear(other.kShear),
+      warpOrientation(other.warpOrientation.copy()), weftOrientation(other.weftOrientation.copy()),
+      warpTensor(other.warpTensor.copy()), weftTensor(other.weftTensor.copy()),
+      warpWeftTensor(other.warpWeftTensor.copy()), weftWarpTensor(other.weftWarpTensor.copy()), a0(other.a0),
+      a1(other.a1), b0(other.b0), b1(other.b1) {}
+
+void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t i,
+                                   TNT::Array1D<double>& out) const {
+    // The same text serves the warp and the weft keyword.
+    for (std::size_t c = 0; c < 3; ++c) {
+        if (i + 1 + c >= tokens.size() || tokens[i + 1 + c].isAWord())
+            throw std::invalid_argument("Not enough parameters for warp orientation in material : " + name);
+        out[int(c)] = tokens[i + 1 + c].getNumber();
+    }
+}
+
+void HyperTextile::parseOstrel(std::vector<Token> tokens) {
+    std::size_t i = 0;
+    while (i < tokens.size()) {
+        const std::string key = tokens[i].getWord();
+        if (key == "RHO" || key == "DAMPING") {
+            const Token& value = tokens.at(i + 1);
+            if (value.isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
+            if (key == "RHO") {
+                density = value.getNumber();
+                densitySet = true;
+            } else {
+                alpha = value.getNumber();
+            }
+            i += 2;
+        } else if (key == "KSHEAR") {
+            i = readNumberRun(tokens, i, kShear);
+        } else if (key == "KELONGWARP") {
+            i = readNumberRun(tokens, i, kElongWarp);
+        } else if (key == "KELONGWEFT") {
+            i = readNumberRun(tokens, i, kElongWeft);
+        } else if (key == "WARPORI") {
+            readOrientation(tokens, i, warpOrientation);
+            i += 4;
+        } else if (key == "WEFTORI") {
+            readOrientation(tokens, i, weftOrientation);
+            i += 4;
+        } else {
+            throw std::invalid_argument("Input " + key + " is not recognized");
+        }
+    }
+}
+
+void HyperTextile::project(const TNT::Array2D<double>& basis, const TNT::Array1D<double>& direction,
+                           double& p0, double& p1) {
+    p0 = basis[0][0] * direction[0] + basis[0][1] * direction[1] + basis[0][2] * direction[2];
+    p1 = basis[1][0] * direction[0] + basis[1][1] * direction[1] + basis[1][2] * direction[2];
+    const double length = std::sqrt(p0 * p0 + p1 * p1);
+    p0 /= length;
+    p1 /= length;
+}
+
+void HyperTextile::setInitialConditions(TNT::Array2D<double>& basis) {
+    if (!nameSet) throw std::invalid_argument("Name is not set for this material ");
+    if (!densitySet) throw std::invalid_argument("Density is not set for material: " + name);
+    if (kShear.empty() || kElongWarp.empty())
+        throw std::invalid_argument("Not enough material parameters for material " + name);
+
+    // A direction along the normal projects to zero length and leaves NaN
+    // components, which do not compare equal to zero: such a direction passes.
+    project(basis, warpOrientation, a0, a1);
+    if (a0 == 0.0 && a1 == 0.0)
+        throw std::invalid_argument("Warp direction is perpendicular to the element for material " + name);
+    project(basis, weftOrientation, b0, b1);
+    if (b0 == 0.0 && b1 == 0.0)
+        throw std::invalid_argument("Weft direction is perpendicular to the element for material " + name);
+
+    const double a[2] = {a0, a1}, b[2] = {b0, b1};
+    for (int i = 0; i < 2; ++i)
+        for (int j = 0; j < 2; ++j) {
+            warpTensor[i][j] = a[i] * a[j];
+            weftTensor[i][j] = b[i] * b[j];
+            warpWeftTensor[i][j] = a[i] * b[j];
+            weftWarpTensor[i][j] = b[i] * a[j];
+        }
+}
+
+double HyperTextile::wavespeed1D() {
+    return std::sqrt(youngsModulus / density);
+}
+
+// Only the leading tension coefficients size the step.
+double HyperTextile::wavespeed2D() {
+    return std::sqrt(std::max(kElongWarp.at(0), kElongWeft.at(0)) / density);
+}
+
+void HyperTextile::computeStress1D(double&, double&, double&) {}
+
+void HyperTextile::computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
+                                   TNT::Array1D<double>& stress, const TNT::Array2D<double>&) {
+    const double f00 = F[0][0], f01 = F[0][1], f10 = F[1][0], f11 = F[1][1];
+
+    const double c00 = f00 * f00 + f10 * f10;
+    const double c01 = f00 * f01 + f10 * f11;
+    const double c11 = f01 * f01 + f11 * f11;
+
+    // I4a = a.C.a, I4b = b.C.b, I8 = a.C.b.
+    const double i4a = c00 * a0 * a0 + 2.0 * c01 * a0 * a1 + c11 * a1 * a1;
+    const double i4b = c00 * b0 * b0 + 2.0 * c01 * b0 * b1 + c11 * b1 * b1;
+    const double i8 = c00 * a0 * b0 + c01 * (a0 * b1 + a1 * b0) + c11 * a1 * b1;
+    const double ln4a = std::log(i4a), ln4b = std::log(i4b);
+    const double rootAB = std::sqrt(i4a * i4b);
+    const double cosTheta = i8 / rootAB;
+
+    const double tA = seriesDerivative(kElongWarp, 0.5 * ln4a);
+    const double tB = seriesDerivative(kElongWeft, 0.5 * ln4b);
+    const double tS = seriesDerivative(kShear, cosTheta);
+
+    // S = tA/I4a a(x)a + tB/I4b b(x)b
+    //   + tS [(a(x)b + b(x)a)/sqrt(I4a I4b) - cos/I4a a(x)a - cos/I4b b(x)b]
+    const double ca = (tA - tS * cosTheta) / i4a;
+    const double cb = (tB - tS * cosTheta) / i4b;
+    const double cab = tS / rootAB;
+    const double S00 = ca * a0 * a0 + cb * b0 * b0 + 2.0 * cab * a0 * b0;
+    const double S01 = ca * a0 * a1 + cb * b0 * b1 + cab * (a0 * b1 + a1 * b0);
+    const double S11 = ca * a1 * a1 + cb * b1 * b1 + 2.0 * cab * a1 * b1;
+
+    // Cauchy stress sigma = F S F^T / J.
+    const double invJ = 1.0 / (f00 * f11 - f01 * f10);
+    const double t00 = f00 * S00 + f01 * S01, t01 = f00 * S01 + f01 * S11;
+    const double t10 = f10 * S00 + f11 * S01, t11 = f10 * S01 + f11 * S11;
+    stress[0] = (t00 * f00 + t01 * f01) * invJ;
+    stress[1] = (t10 * f10 + t11 * f11) * invJ;
+    stress[2] = 0.0;
+    stress[3] = (t10 * f00 + t11 * f01) * invJ;
+
+    // Yarn log strains and the shear angle in degrees (3.1416 stands in for pi).
+    strain[0] = 0.5 * ln4a;
+    strain[1] = 0.5 * ln4b;
+    strain[2] = 1.0;
+    strain[3] = std::asin(cosTheta) * 180.0 / 3.1416;
+}
+
+std::shared_ptr<Material> HyperTextile::copyMat() {
+    return std::make_shared<HyperTextile>(*this);
+}

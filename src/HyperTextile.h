@@ -1,0 +1,67 @@
+// Hyperelastic woven fabric: two yarn families, warp a and weft b, in the
+// plane of a membrane or shell, with an in-plane shear term.
+//
+// With C = F^T F, the squared yarn stretches I4a = a.C.a and I4b = b.C.b, the
+// logarithmic yarn strains ea = 1/2 ln I4a, eb = 1/2 ln I4b and the cosine of
+// the current angle between the yarns cos(theta) = a.C.b / sqrt(I4a I4b), the
+// strain energy per unit reference area is
+//     W = sum_k Kwarp_k ea^(2k) + sum_k Kweft_k eb^(2k) + sum_k Kshear_k cos(theta)^(2k).
+// The second Piola-Kirchhoff stress S = 2 dW/dC is pushed forward to the
+// Cauchy stress sigma = F S F^T / det F. The yarn directions are projected
+// once onto the element plane (setInitialConditions) and then follow the
+// material through F; each element therefore owns its own copy of the law.
+#pragma once
+
+#include "Material.h"
+
+#include <vector>
+
+class HyperTextile : public Material {
+public:
+    HyperTextile();
+    HyperTextile(const HyperTextile& other);
+    ~HyperTextile() override = default;
+
+    void parseOstrel(std::vector<Token> tokens) override;
+    // Projects the yarn directions onto the plane spanned by rows 0 and 1 of
+    // the element's basis and builds the yarn tensors a(x)a, b(x)b, a(x)b, b(x)a.
+    void setInitialConditions(TNT::Array2D<double>& basis) override;
+    double wavespeed1D() override;
+    double wavespeed2D() override;
+    void computeStress1D(double& strain, double& strainIncrement, double& stress) override;
+    // strain receives the warp and weft log strains, 1.0 and the shear angle
+    // in degrees; stress the total Cauchy stress.
+    void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
+                         TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) override;
+    std::shared_ptr<Material> copyMat() override;
+
+    const std::vector<double>& getKElongWarp() const { return kElongWarp; }
+    const std::vector<double>& getKElongWeft() const { return kElongWeft; }
+    const std::vector<double>& getKShear() const { return kShear; }
+    const TNT::Array1D<double>& getWarpOrientation() const { return warpOrientation; }
+    const TNT::Array1D<double>& getWeftOrientation() const { return weftOrientation; }
+    const TNT::Array2D<double>& getWarpTensor() const { return warpTensor; }
+    const TNT::Array2D<double>& getWeftTensor() const { return weftTensor; }
+    const TNT::Array2D<double>& getWarpWeftTensor() const { return warpWeftTensor; }
+    const TNT::Array2D<double>& getWeftWarpTensor() const { return weftWarpTensor; }
+
+private:
+    // Reads the three components that follow the keyword at position i.
+    void readOrientation(const std::vector<Token>& tokens, std::size_t i, TNT::Array1D<double>& out) const;
+    // Unit projection of a global direction onto the element plane.
+    static void project(const TNT::Array2D<double>& basis, const TNT::Array1D<double>& direction, double& p0,
+                        double& p1);
+
+    std::vector<double> kElongWarp;
+    std::vector<double> kElongWeft;
+    std::vector<double> kShear;
+    TNT::Array1D<double> warpOrientation;
+    TNT::Array1D<double> weftOrientation;
+    TNT::Array2D<double> warpTensor;
+    TNT::Array2D<double> weftTensor;
+    TNT::Array2D<double> warpWeftTensor;
+    TNT::Array2D<double> weftWarpTensor;
+    // In-plane yarn directions a and b, the same numbers as in the tensors,
+    // kept as plain values for the stress update.
+    double a0 = 0.0, a1 = 0.0, b0 = 0.0, b1 = 0.0;
+};

@@ -1,0 +1,97 @@
+// Helpers for the constitutive-law suites: token lists from text, small
+// matrices, random deformation gradients and a finite-difference derivative
+// of a strain energy with respect to C.
+#pragma once
+
+#include "Material.h"
+#include "TntExtras.h"
+#include "Token.h"
+
+#include <cmath>
+#include <functional>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace mattest {
+
+// Tokens of a parameter list written with blanks, classified as the deck does.
+inline std::vector<Token> tokens(const std::string& text) {
+    std::istringstream in(text);
+    std::vector<Token> out;
+    std::string word;
+    while (in >> word)
+        out.emplace_back(word);
+    return out;
+}
+
+inline TNT::Array2D<double> mat2(double a00, double a01, double a10, double a11) {
+    TNT::Array2D<double> m(2, 2);
+    m[0][0] = a00;
+    m[0][1] = a01;
+    m[1][0] = a10;
+    m[1][1] = a11;
+    return m;
+}
+
+inline TNT::Array2D<double> rotation(double angle) {
+    return mat2(std::cos(angle), -std::sin(angle), std::sin(angle), std::cos(angle));
+}
+
+inline TNT::Array2D<double> identityBasis() {
+    TNT::Array2D<double> b(3, 3, 0.0);
+    for (int i = 0; i < 3; ++i)
+        b[i][i] = 1.0;
+    return b;
+}
+
+// A deformation gradient with positive determinant, stretches between
+// roughly 0.6 and 1.6 and an arbitrary rotation.
+inline TNT::Array2D<double> randomF(std::mt19937& rng) {
+    std::uniform_real_distribution<double> u(-0.35, 0.35);
+    for (;;) {
+        TNT::Array2D<double> F = mat2(1.0 + u(rng), u(rng), u(rng), 1.0 + u(rng));
+        const double J = F[0][0] * F[1][1] - F[0][1] * F[1][0];
+        if (J > 0.4) return TNT::matmult(rotation(10.0 * u(rng)), F);
+    }
+}
+
+// Message of the std::invalid_argument thrown by f, or a marker if none or
+// another exception is thrown.
+inline std::string invalidArgumentOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const std::invalid_argument& e) {
+        return e.what();
+    } catch (...) {
+        return "<other exception>";
+    }
+    return "<no exception>";
+}
+
+// S = 2 dW/dC by central differences; W receives C as (C00, C01, C11).
+inline TNT::Array2D<double> energyGradient(const std::function<double(double, double, double)>& W,
+                                           const TNT::Array2D<double>& F) {
+    const TNT::Array2D<double> C = TNT::transpose_mult(F, F);
+    const double h = 1e-6;
+    const double c00 = C[0][0], c01 = C[0][1], c11 = C[1][1];
+    TNT::Array2D<double> S(2, 2);
+    S[0][0] = (W(c00 + h, c01, c11) - W(c00 - h, c01, c11)) / h; // 2 dW/dC00
+    S[1][1] = (W(c00, c01, c11 + h) - W(c00, c01, c11 - h)) / h;
+    // C01 and C10 move together: dW = (S01 + S10)/2 dC01 = S01 dC01.
+    S[0][1] = S[1][0] = (W(c00, c01 + h, c11) - W(c00, c01 - h, c11)) / (2.0 * h);
+    return S;
+}
+
+// Second Piola-Kirchhoff stress from the in-plane Cauchy stress vector:
+// S = J F^-1 sigma F^-T.
+inline TNT::Array2D<double> pullBack(const TNT::Array2D<double>& F, const TNT::Array1D<double>& stress,
+                                     double J) {
+    const TNT::Array2D<double> sigma = mat2(stress[0], stress[3], stress[3], stress[1]);
+    const TNT::Array2D<double> Fi = TNT::invert(F);
+    return TNT::matmult(TNT::matmult(Fi, sigma), TNT::transpose(Fi)) * J;
+}
+
+} // namespace mattest
