@@ -178,13 +178,7 @@ TEST(TrackerDeckTest, BadTrackerLinesAreReportedWithTheirDeckLine) {
         {"TRACKERS TYPE NODE\nT1 NODES 1 SPEED 3\n", 8, "Input SPEED is not a tracker parameter"},
         {"TRACKERS TYPE NODE\nT1 NODES 1 7 DIRECTION X TYPE FORCE\n", 8, "Node 7 is not found"},
         {"TRACKERS TYPE NODE\nT1 NODES 1 DIRECTION Q\n", 8, "Input Q is not recognized as direction"},
-        {"TRACKERS TYPE NODE\nT1 NODES 1 TYPE SPEED\n", 8, "Input SPEED is not a recognized type"},
-        {"TRACKERS TYPE NODE\nT1 NODES 1 DIRECTION X TYPE FORCE\nT2 NODES 2 DIRECTION\n", 9,
-         "Tracker direction is missing"},
         {"TRACKERS TYPE ELEMENT\nE1 ELEMENTS 4 COMPONENT C11 TYPE STRAIN\n", 8, "Node 4 is not found"},
-        {"TRACKERS TYPE ELEMENT\nE1 COMPONENT C11 COMPONENT C22\n", 8,
-         "Tracker direction has been already set"},
-        {"TRACKERS TYPE ELEMENT\nE1 COMPONENT C32\n", 8, "Input C32 is not recognized"},
         {"TRACKERS TYPE NODES\nT1 NODES 1\n", 8, "Tracker Type NODES is not recognized"},
     };
     for (const Case& c : cases) {
