@@ -1,6 +1,10 @@
 #include "Tracker.h"
 
+#include <climits>
+#include <cmath>
+#include <cstdio>
 #include <exception>
+#include <sstream>
 #include <stdexcept>
 
 void Tracker::init(const std::filesystem::path& p) {
@@ -10,11 +14,33 @@ void Tracker::init(const std::filesystem::path& p) {
 
 void Tracker::setName(const std::string& n) {
     name = n;
+    // The name is kept whole ("F.1" writes F.1.csv), so that two trackers whose
+    // names differ only after a dot never share one file.
     csvFile = path;
-    csvFile.replace_filename(n);
-    csvFile.replace_extension(".csv");
+    csvFile.replace_filename(n + ".csv");
+    IOFile::init(csvFile);
 }
 
 void Tracker::initializeTracker() {
+    if (file.is_open()) file.close();
+    file.clear();
     file.open(csvFile, std::ios::out | std::ios::trunc);
+}
+
+std::string Tracker::tokenText(const Token& t) {
+    if (t.isAWord()) return t.getWord();
+    std::ostringstream text;
+    text << t.getNumber();
+    return text.str();
+}
+
+int Tracker::entityNumber(const Token& t) {
+    const double v = t.getNumber();
+    if (!std::isfinite(v) || v <= double(INT_MIN) - 1.0 || v >= double(INT_MAX) + 1.0)
+        throw std::invalid_argument("Node " + tokenText(t) + " is not found");
+    return static_cast<int>(v);
+}
+
+void Tracker::formatTime(double time, char (&buffer)[64]) {
+    std::snprintf(buffer, sizeof buffer, "%f", time);
 }

@@ -1,5 +1,5 @@
 // Base of trackers: the history of one quantity on chosen nodes or elements,
-// one CSV row per print time.
+// one CSV row per print time, written to <deck directory>/<name>.csv.
 #pragma once
 
 #include "IOFile.h"
@@ -16,10 +16,12 @@ class Element;
 class Tracker : public IOFile {
 public:
     ~Tracker() override = default;
+    // Takes the deck path; the tracker's file lies in the deck's directory.
     void init(const std::filesystem::path& p) override;
     virtual void parseOstrel(std::vector<Token> tokens,
                              const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
                              const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) = 0;
+    // Opens the tracker's file for writing, replacing any earlier content.
     virtual void initializeTracker();
     virtual void printCSV(double time) = 0;
 
@@ -29,6 +31,15 @@ public:
     std::string csvPath() const { return csvFile.string(); }
 
 protected:
+    // The text of a token as the user wrote it: the word, or the number.
+    static std::string tokenText(const Token& t);
+    // Converts a node or element number of the deck to an int (truncating, as
+    // the reader does for element numbers); a number that no int can hold is
+    // reported as not found.
+    static int entityNumber(const Token& t);
+    // The "%f" text of a time value.
+    static void formatTime(double time, char (&buffer)[64]);
+
     std::string name;
     std::filesystem::path csvFile;
     std::ofstream file;
