@@ -1,0 +1,480 @@
+#include "S3L_C0.h"
+
+#include "ContactLine.h"
+#include "ContactTriangle.h"
+#include "Load.h"
+#include "Material.h"
+#include "Node.h"
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+#include <stdexcept>
+
+namespace {
+
+// Larger counts are a typing slip: each point costs a strain and a stress vector.
+constexpr int maxIntegrationPoints = 100;
+
+std::string tokenText(const Token& t) {
+    if (t.isAWord()) return t.getWord();
+    std::ostringstream s;
+    s << t.getNumber();
+    return s.str();
+}
+
+double dot3(const double* a, double x, double y, double z) {
+    return a[0] * x + a[1] * y + a[2] * z;
+}
+
+} // namespace
+
+S3L_C0::S3L_C0()
+    : area(0.0), thickness(0.0), inertia(3, 3, 0.0), localBasis(3, 3, 0.0), contactType(300),
+      contactFactor(0.0), friction(0.0), contactFactorSet(false), frictionSet(false), nodesSet(false),
+      materialSet(false), numberOfIntegrationPoints(3), integrationPointPositions(0),
+      integrationPointWeights(0), deformationGradient(2, 2, 0.0), localX2(0.0), localX3(0.0), localY3(0.0),
+      membraneMatrix(3, 6, 0.0), bendingMatrix(3, 6, 0.0),
+      shearMatrix(2, 6, 0.0), membraneStrainRate{0, 0, 0}, curvatureRate{0, 0, 0}, shearStrainRate{0, 0},
+      localVelocity{0, 0, 0, 0, 0, 0, 0, 0, 0}, localRotationRate{0, 0, 0, 0, 0, 0, 0, 0, 0},
+      deformationRotationRate{0, 0, 0, 0, 0, 0}, ratesCurrent(false) {
+    numberOfNodes = 3;
+    vtkCellType = "5";
+}
+
+std::string S3L_C0::errorPrefix() const {
+    return "Error in C0 element " + std::to_string(number);
+}
+
+std::shared_ptr<ContactLine> S3L_C0::getContactLine(int i) const {
+    if (i == 1) return contactLine1;
+    if (i == 2) return contactLine2;
+    if (i == 3) return contactLine3;
+    return nullptr;
+}
+
+void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& allNodes,
+                         const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                         const std::vector<std::shared_ptr<Material>>& materials,
+                         const std::vector<std::shared_ptr<Load>>& loads) {
+    std::size_t i = 0;
+    while (i < tokens.size()) {
+        const Token& token = tokens[i];
+        const std::string key = token.isAWord() ? token.getWord() : std::string();
+        if (key == "NODES") {
+            for (int k = 1; k <= 3; ++k) {
+                const Token& value = tokens.at(i + k);
+                if (value.isAWord())
+                    throw std::invalid_argument("Not enough nodes inputs for Element S3L_C0");
+                const int n = static_cast<int>(value.getNumber());
+                const auto found = nodeMap.find(n);
+                if (found == nodeMap.end())
+                    throw std::invalid_argument("Node " + std::to_string(n) + " is not found");
+                nodes.push_back(found->second);
+            }
+            nodesSet = true;
+            i += 4;
+        } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
+            const std::string name = tokens[i + 1].getWord();
+            for (const auto& m : materials)
+                if (m->nameRef() == name) {
+                    material = m;
+                    break;
+                }
+            if (!material) throw std::invalid_argument("Material name " + name + " is not found");
+            materialSet = true;
+            i += 2;
+        } else if (key == "LOAD" && tokens.at(i + 1).isAWord()) {
+            const std::string name = tokens[i + 1].getWord();
+            for (const auto& l : loads)
+                if (l->getName() == name) {
+                    load = l;
+                    break;
+                }
+            // Without a material yet, a missing load is reported with the material wording.
+            if (!load && !material) throw std::invalid_argument("Material name " + name + " is not found");
+            if (!load) throw std::invalid_argument("Load name " + name + " is not found");
+            i += 2;
+        } else if (key == "T" && tokens.at(i + 1).isANumber()) {
+            thickness = tokens[i + 1].getNumber();
+            i += 2;
+        } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
+            const std::string kind = tokens[i + 1].getWord();
+            if (kind == "BASIC")
+                contactType = 301;
+            else if (kind == "EDGE")
+                contactType = 302;
+            else
+                throw std::invalid_argument("Invalid CONTACT type");
+            i += 2;
+        } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
+            contactFactor = tokens[i + 1].getNumber();
+            contactFactorSet = true;
+            i += 2;
+        } else if (key == "FRICTION" && tokens.at(i + 1).isANumber()) {
+            friction = tokens[i + 1].getNumber();
+            frictionSet = true;
+            i += 2;
+        } else if (key == "NIP" && tokens.at(i + 1).isANumber()) {
+            const double v = tokens[i + 1].getNumber();
+            if (!(v > -1.0 - maxIntegrationPoints && v < 1.0 + maxIntegrationPoints))
+                throw std::invalid_argument(errorPrefix() + ". NIP " + tokenText(tokens[i + 1]) +
+                                            " is out of range");
+            numberOfIntegrationPoints = static_cast<int>(v);
+            i += 2;
+        } else {
+            throw std::invalid_argument("Input " + tokenText(token) + " is not recognized");
+        }
+    }
+    if (contactType == 301 || contactType == 302) createContactObjects(allNodes, nodeMap, materials, loads);
+}
+
+void S3L_C0::createContactObjects(const std::vector<std::shared_ptr<Node>>& allNodes,
+                                  const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                                  const std::vector<std::shared_ptr<Material>>& materials,
+                                  const std::vector<std::shared_ptr<Load>>& loads) {
+    const std::string n1 = std::to_string(nodes.at(0)->getNumber());
+    const std::string n2 = std::to_string(nodes.at(1)->getNumber());
+    const std::string n3 = std::to_string(nodes.at(2)->getNumber());
+
+    contactTriangle = std::make_shared<ContactTriangle>();
+    contactTriangle->setNumber(-1);
+    std::vector<Token> face{Token("NODES"), Token(n1),  Token(n2),
+                            Token(n3),      Token("T"), Token(std::to_string(thickness))};
+    if (contactFactorSet) {
+        face.emplace_back("FACTOR");
+        face.emplace_back(contactFactor);
+    }
+    if (frictionSet) {
+        face.emplace_back("FRICTION");
+        face.emplace_back(friction);
+    }
+    contactTriangle->parseOstrel(face, allNodes, nodeMap, materials, loads);
+
+    if (contactType != 302) return;
+    const std::string radius = std::to_string(thickness * 0.5);
+    auto makeLine = [&](int lineNumber, const std::string& a, const std::string& b) {
+        auto line = std::make_shared<ContactLine>();
+        line->setNumber(lineNumber);
+        std::vector<Token> edge{Token("NODES"), Token(a), Token(b), Token("R"), Token(radius)};
+        if (contactFactorSet) {
+            edge.emplace_back("FACTOR");
+            edge.emplace_back(std::to_string(contactFactor));
+        }
+        line->parseOstrel(edge, allNodes, nodeMap, materials, loads);
+        return line;
+    };
+    contactLine1 = makeLine(-1, n1, n2);
+    contactLine3 = makeLine(-3, n3, n1);
+    contactLine2 = makeLine(-2, n2, n3);
+}
+
+void S3L_C0::updateLocalCoordinateSystem() {
+    const Node& a = *nodes.at(0);
+    const Node& b = *nodes.at(1);
+    const Node& c = *nodes.at(2);
+    calculateLocalBasis(a.getX_pos(), a.getY_pos(), a.getZ_pos(), b.getX_pos(), b.getY_pos(), b.getZ_pos(),
+                        c.getX_pos(), c.getY_pos(), c.getZ_pos(), localBasis);
+    ratesCurrent = false;
+    if (contactType == 301 || contactType == 302) contactTriangle->updateLocalCoordinateSystem();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->updateLocalCoordinateSystem();
+        if (contactLine2) contactLine2->updateLocalCoordinateSystem();
+        if (contactLine3) contactLine3->updateLocalCoordinateSystem();
+    }
+}
+
+void S3L_C0::computeLocalVariables() {
+    const Node* n[3] = {nodes.at(0).get(), nodes.at(1).get(), nodes.at(2).get()};
+    const double* e1 = localBasis[0];
+    const double* e2 = localBasis[1];
+
+    const double x0 = n[0]->getX_pos(), y0 = n[0]->getY_pos(), z0 = n[0]->getZ_pos();
+    const double d2x = n[1]->getX_pos() - x0, d2y = n[1]->getY_pos() - y0, d2z = n[1]->getZ_pos() - z0;
+    const double d3x = n[2]->getX_pos() - x0, d3y = n[2]->getY_pos() - y0, d3z = n[2]->getZ_pos() - z0;
+    localX2 = dot3(e1, d2x, d2y, d2z);
+    localX3 = dot3(e1, d3x, d3y, d3z);
+    localY3 = dot3(e2, d3x, d3y, d3z);
+    area = 0.5 * localX2 * localY3;
+
+    for (int a = 0; a < 3; ++a) {
+        const Node& node = *n[a];
+        const double vx = node.getX_vel(), vy = node.getY_vel(), vz = node.getZ_vel();
+        const double rx = node.getX_rot_vel(), ry = node.getY_rot_vel(), rz = node.getZ_rot_vel();
+        for (int k = 0; k < 3; ++k) {
+            localVelocity[3 * a + k] = dot3(localBasis[k], vx, vy, vz);
+            localRotationRate[3 * a + k] = dot3(localBasis[k], rx, ry, rz);
+        }
+    }
+}
+
+void S3L_C0::buildMatrices() {
+    const double x2 = localX2, x3 = localX3, y3 = localY3;
+    const double m = 1.0 / (2.0 * area);
+    double* bm0 = membraneMatrix[0];
+    double* bm1 = membraneMatrix[1];
+    double* bm2 = membraneMatrix[2];
+    bm0[0] = -y3 * m, bm0[1] = 0.0, bm0[2] = y3 * m, bm0[3] = 0.0, bm0[4] = 0.0, bm0[5] = 0.0;
+    bm1[0] = 0.0, bm1[1] = (x3 - x2) * m, bm1[2] = 0.0, bm1[3] = -x3 * m, bm1[4] = 0.0, bm1[5] = x2 * m;
+    bm2[0] = (x3 - x2) * m, bm2[1] = -y3 * m, bm2[2] = -x3 * m, bm2[3] = y3 * m, bm2[4] = x2 * m,
+    bm2[5] = 0.0;
+
+    const double b = -m;
+    double* bb0 = bendingMatrix[0];
+    double* bb1 = bendingMatrix[1];
+    double* bb2 = bendingMatrix[2];
+    bb0[0] = 0.0, bb0[1] = -y3 * b, bb0[2] = 0.0, bb0[3] = y3 * b, bb0[4] = 0.0, bb0[5] = 0.0;
+    bb1[0] = (x2 - x3) * b, bb1[1] = 0.0, bb1[2] = x3 * b, bb1[3] = 0.0, bb1[4] = -x2 * b, bb1[5] = 0.0;
+    bb2[0] = y3 * b, bb2[1] = (x3 - x2) * b, bb2[2] = -y3 * b, bb2[3] = -x3 * b, bb2[4] = 0.0,
+    bb2[5] = x2 * b;
+
+    const double s = 1.0 / (12.0 * area);
+    double* bs0 = shearMatrix[0];
+    double* bs1 = shearMatrix[1];
+    bs0[0] = -y3 * y3 * s;
+    bs0[1] = (2.0 * x2 + x3) * y3 * s;
+    bs0[2] = y3 * y3 * s;
+    bs0[3] = (3.0 * x2 - x3) * y3 * s;
+    bs0[4] = 0.0;
+    bs0[5] = x2 * y3 * s;
+    bs1[0] = (x3 - 2.0 * x2) * y3 * s;
+    bs1[1] = (x2 * x2 - x3 * x3) * s;
+    bs1[2] = -(x2 + x3) * y3 * s;
+    bs1[3] = (x3 - 2.0 * x2) * x3 * s;
+    bs1[4] = -3.0 * x2 * y3 * s;
+    bs1[5] = (2.0 * x3 - x2) * x2 * s;
+}
+
+void S3L_C0::computeRates(double dt) {
+    computeLocalVariables();
+    const double det = 2.0 * area;
+    if (det <= 0.0)
+        throw std::runtime_error(errorPrefix() +
+                                 ", det(Jacobian) is zero or negative. Timestep = " + std::to_string(dt));
+    if (!(std::fabs(det) <= std::numeric_limits<double>::max()))
+        throw std::runtime_error(errorPrefix() +
+                                 ", det(Jacobian) is +inf or NaN. Timestep = " + std::to_string(dt));
+    buildMatrices();
+
+    const double x2 = localX2, x3 = localX3, y3 = localY3;
+    const double w1 = localVelocity[2], w2 = localVelocity[5], w3 = localVelocity[8];
+    // Rigid rotation rate of the element plane from its out-of-plane velocities.
+    const double omegaY = (w1 - w2) / x2;
+    const double omegaX = ((w3 - w1) * x2 - (w2 - w1) * x3) / (y3 * x2);
+    for (int a = 0; a < 3; ++a) {
+        deformationRotationRate[2 * a] = localRotationRate[3 * a] - omegaX;
+        deformationRotationRate[2 * a + 1] = localRotationRate[3 * a + 1] - omegaY;
+    }
+
+    const double uv[6] = {localVelocity[0], localVelocity[1], localVelocity[3],
+                          localVelocity[4], localVelocity[6], localVelocity[7]};
+    const double* th = deformationRotationRate;
+    for (int r = 0; r < 3; ++r) {
+        const double* bm = membraneMatrix[r];
+        const double* bb = bendingMatrix[r];
+        double e = 0.0, k = 0.0;
+        for (int j = 0; j < 6; ++j) {
+            e += bm[j] * uv[j];
+            k += bb[j] * th[j];
+        }
+        membraneStrainRate[r] = e;
+        curvatureRate[r] = k;
+    }
+    for (int r = 0; r < 2; ++r) {
+        const double* bs = shearMatrix[r];
+        double g = 0.0;
+        for (int j = 0; j < 6; ++j)
+            g += bs[j] * th[j];
+        shearStrainRate[r] = g;
+    }
+    ratesCurrent = true;
+}
+
+void S3L_C0::computeStrain(double dt, int ip) {
+    // The rates are the same at every point: computed at the first point of the
+    // step (or whenever the basis has moved since).
+    if (ip == 0 || !ratesCurrent) computeRates(dt);
+    TNT::Array1D<double>& de = strains.at(ip);
+    TNT::Array1D<double>& total = accumulatedStrains.at(ip);
+    const double z = integrationPointPositions[ip];
+    de[0] = (membraneStrainRate[0] - z * curvatureRate[0]) * dt;
+    de[1] = (membraneStrainRate[1] - z * curvatureRate[1]) * dt;
+    de[2] = 0.0;
+    de[3] = (membraneStrainRate[2] - z * curvatureRate[2]) * dt;
+    de[4] = shearStrainRate[0] * dt;
+    de[5] = shearStrainRate[1] * dt;
+    for (int k = 0; k < 6; ++k)
+        total[k] += de[k];
+}
+
+void S3L_C0::computeStress(double, int ip) {
+    material->computeStress2D(deformationGradient, strains.at(ip), stresses.at(ip), localBasis);
+}
+
+void S3L_C0::computeInternalForces(double, int ip) {
+    const TNT::Array1D<double>& s = stresses.at(ip);
+    const double z = integrationPointPositions[ip];
+    const double k = area * 0.5 * thickness * integrationPointWeights[ip];
+    const double N[3] = {k * s[0], k * s[1], k * s[3]};
+    const double M[3] = {z * N[0], z * N[1], z * N[2]};
+    const double Q[2] = {k * s[5], k * s[4]};
+
+    // Resisting forces and moments in local axes: f = Bm^T N, m = Bs^T Q - Bb^T M.
+    double f[6], m[6];
+    const double *bm0 = membraneMatrix[0], *bm1 = membraneMatrix[1], *bm2 = membraneMatrix[2];
+    const double *bb0 = bendingMatrix[0], *bb1 = bendingMatrix[1], *bb2 = bendingMatrix[2];
+    const double *bs0 = shearMatrix[0], *bs1 = shearMatrix[1];
+    for (int j = 0; j < 6; ++j) {
+        f[j] = bm0[j] * N[0] + bm1[j] * N[1] + bm2[j] * N[2];
+        m[j] = bs0[j] * Q[0] + bs1[j] * Q[1] - (bb0[j] * M[0] + bb1[j] * M[1] + bb2[j] * M[2]);
+    }
+    // Out-of-plane forces that balance the nodal moments: about node 1,
+    // sum(m_x) + y3 f3z = 0 and sum(m_y) - x2 f2z - x3 f3z = 0.
+    double fz[3];
+    fz[2] = -(m[0] + m[2] + m[4]) / localY3;
+    fz[1] = ((m[1] + m[3] + m[5]) - fz[2] * localX3) / localX2;
+    fz[0] = -(fz[1] + fz[2]);
+
+    const double* e1 = localBasis[0];
+    const double* e2 = localBasis[1];
+    const double* e3 = localBasis[2];
+    for (int a = 0; a < 3; ++a) {
+        const double fx = f[2 * a], fy = f[2 * a + 1], fn = fz[a];
+        const double mx = m[2 * a], my = m[2 * a + 1];
+        Node& node = *nodes[a];
+        node.addInternalForce(-(fx * e1[0] + fy * e2[0] + fn * e3[0]),
+                              -(fx * e1[1] + fy * e2[1] + fn * e3[1]),
+                              -(fx * e1[2] + fy * e2[2] + fn * e3[2]));
+        node.addInternalMoment(-(mx * e1[0] + my * e2[0]), -(mx * e1[1] + my * e2[1]),
+                               -(mx * e1[2] + my * e2[2]));
+    }
+}
+
+void S3L_C0::computeExternalForces(double time) {
+    if (!load) return;
+    const double share = load->getPressure(time) * area / 3.0;
+    const double* e3 = localBasis[2];
+    for (int a = 0; a < 3; ++a)
+        nodes.at(a)->addExternalForce(share * e3[0], share * e3[1], share * e3[2]);
+}
+
+void S3L_C0::computeContactForces() {
+    if (contactType != 301 && contactType != 302) return;
+    contactTriangle->computeContactForces();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->computeContactForces();
+        if (contactLine2) contactLine2->computeContactForces();
+        if (contactLine3) contactLine3->computeContactForces();
+    }
+}
+
+void S3L_C0::assembleMassMatrix() {
+    if (!material) throw std::invalid_argument(errorPrefix() + ". Material is not set");
+    updateLocalCoordinateSystem();
+    computeLocalVariables();
+    const double m = material->getDensity() * area;
+    // Also catches a degenerate triangle, whose basis and area are not finite.
+    if (!(m > 0.0)) throw std::invalid_argument(errorPrefix() + ". Element mass is zero or negative");
+    const double alpha = material->getAlpha();
+    const double I = m / 3.0 * (thickness * thickness / 12.0 + area / 12.0);
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            inertia[i][j] = i == j ? I : 0.0;
+    for (int a = 0; a < 3; ++a) {
+        Node& node = *nodes[a];
+        node.addMass(m / 3.0);
+        node.setRayleighDamping(alpha);
+        node.addInertia(inertia);
+    }
+    if (contactType == 301 || contactType == 302) contactTriangle->assembleMassMatrix();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->assembleMassMatrix();
+        if (contactLine2) contactLine2->assembleMassMatrix();
+        if (contactLine3) contactLine3->assembleMassMatrix();
+    }
+}
+
+void S3L_C0::setUpIntegration() {
+    const int n = numberOfIntegrationPoints > 0 ? numberOfIntegrationPoints : 0;
+    integrationPointPositions = TNT::Array1D<double>(n, 0.0);
+    integrationPointWeights = TNT::Array1D<double>(n, 0.0);
+    const double h = 0.5 * thickness;
+    auto fill = [&](std::initializer_list<double> xi, std::initializer_list<double> w) {
+        int i = 0;
+        for (double v : xi)
+            integrationPointPositions[i++] = h * v;
+        i = 0;
+        for (double v : w)
+            integrationPointWeights[i++] = v;
+    };
+    switch (numberOfIntegrationPoints) {
+    case 1:
+        // A single mid-surface point carries no resultant: its weight is zero.
+        fill({0.0}, {h * 0.0});
+        break;
+    case 2:
+        fill({0.577350269189626, -0.577350269189626}, {1.0, 1.0});
+        break;
+    case 3:
+        fill({0.774596669241483, 0.0, -0.774596669241483}, {5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0});
+        break;
+    case 4:
+        fill({0.861136311594053, 0.339981043584856, -0.339981043584856, -0.861136311594053},
+             {0.347854845137454, 0.652145154862546, 0.652145154862546, 0.347854845137454});
+        break;
+    case 5:
+        fill({0.90618, 0.538469, 0.0, -0.538469, -0.90618},
+             {0.236927, 0.478629, 0.568889, 0.478629, 0.236927});
+        break;
+    default:
+        // Other counts leave the zero-filled table: those points carry nothing.
+        break;
+    }
+    strains.clear();
+    stresses.clear();
+    accumulatedStrains.clear();
+    for (int i = 0; i < n; ++i) {
+        strains.emplace_back(6, 0.0);
+        stresses.emplace_back(6, 0.0);
+        accumulatedStrains.emplace_back(6, 0.0);
+    }
+}
+
+void S3L_C0::setInitialConditions() {
+    if (!material) throw std::invalid_argument(errorPrefix() + ". Material is not set");
+    material = material->copyMat();
+    updateLocalCoordinateSystem();
+    material->setInitialConditions(localBasis);
+    setUpIntegration();
+    deformationGradient = TNT::Array2D<double>(2, 2, 0.0);
+    if (contactType == 301 || contactType == 302) contactTriangle->setInitialConditions();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->setInitialConditions();
+        if (contactLine2) contactLine2->setInitialConditions();
+        if (contactLine3) contactLine3->setInitialConditions();
+    }
+}
+
+double S3L_C0::checkTimestep(double dt) {
+    const Node& a = *nodes.at(0);
+    const Node& b = *nodes.at(1);
+    const Node& c = *nodes.at(2);
+    auto dist2 = [](const Node& p, const Node& q) {
+        const double dx = q.getX_pos() - p.getX_pos(), dy = q.getY_pos() - p.getY_pos(),
+                     dz = q.getZ_pos() - p.getZ_pos();
+        return dx * dx + dy * dy + dz * dz;
+    };
+    double longest = dist2(a, b);
+    const double l2 = dist2(b, c), l3 = dist2(c, a);
+    if (l2 > longest) longest = l2;
+    if (l3 > longest) longest = l3;
+    const double critical = 0.1 * (2.0 * area / std::sqrt(longest)) / material->wavespeed2D();
+    return critical < dt ? critical : dt;
+}
+
+std::string S3L_C0::printVTK(int what, int component) {
+    if (what != 100 && what != 200) return Element::printVTK(what, component);
+    const auto& values = what == 100 ? accumulatedStrains : stresses;
+    if (values.empty() || component < 0 || component > 5) return "0.0";
+    return formatValue(values[0][component], true);
+}
