@@ -317,7 +317,10 @@ void S3L_C0::computeInternalForces(double, int ip) {
     const double k = area * 0.5 * thickness * integrationPointWeights[ip];
     const double N[3] = {k * s[0], k * s[1], k * s[3]};
     const double M[3] = {z * N[0], z * N[1], z * N[2]};
-    const double Q[2] = {k * s[5], k * s[4]};
+    // Each transverse shear stress works on its own strain row (s13 on gxz =
+    // row 0, s23 on gyz = row 1); crossing them makes the shear stiffness
+    // Bs0^T Bs1 + Bs1^T Bs0, which is indefinite, and the shell diverges.
+    const double Q[2] = {k * s[4], k * s[5]};
 
     // Resisting forces and moments in local axes: f = Bm^T N, m = Bs^T Q - Bb^T M.
     double f[6], m[6];

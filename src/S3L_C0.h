@@ -17,7 +17,7 @@
 //
 // Thickness integration with NIP points z_i = t/2 xi_i and weights w_i; per point
 // with k = A t/2 w_i the resultants are N = k (s11, s22, s12), M = z N and
-// Q = k (s23, s13). The element resists with nodal forces Bm^T N, nodal moments
+// Q = k (s13, s23). The element resists with nodal forces Bm^T N, nodal moments
 // Bs^T Q - Bb^T M and out-of-plane forces that restore the moment balance of the
 // element; the nodes receive the negated values in global axes.
 //

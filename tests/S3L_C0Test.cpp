@@ -494,6 +494,42 @@ TEST_F(TiltedShellTest, NodalForcesAndMomentsAreSelfEquilibrated) {
     }
 }
 
+// The power of the nodal loads on the nodal velocities equals minus the stress
+// power sum(k sigma . de/dt) over the points: forces, moments and the balancing
+// out-of-plane forces are work-conjugate to the strain rates, each stress to
+// its own strain component.
+TEST_F(TiltedShellTest, NodalLoadsAreWorkConjugateToTheStrainRates) {
+    for (const std::string nip : {"3", "4"}) {
+        auto shell = make("NODES 1 2 3 MATERIAL FIXED T 0.25 NIP " + nip);
+        shell->setInitialConditions();
+        prepareNodes();
+        const Vec3 v[3] = {{0.1, 0.2, -0.3}, {-0.4, 0.0, 0.6}, {0.2, -0.5, 0.1}};
+        const Vec3 w[3] = {{1.0, 0.5, -0.2}, {0.0, -0.8, 0.3}, {0.4, 0.2, 0.9}};
+        for (int i = 0; i < 3; ++i)
+            setVelocity(*nodes[i], v[i], w[i]);
+        const double dt = 1e-3;
+        step(*shell, dt);
+        double stressPower = 0.0, scale = 0.0;
+        for (int ip = 0; ip < shell->getNumberOfIntegrationPoints(); ++ip) {
+            const double k = shell->getArea() * 0.5 * 0.25 * shell->getIntegrationPointWeights()[ip];
+            for (int c = 0; c < 6; ++c) {
+                const double term = k * shell->getStresses()[ip][c] * shell->getStrains()[ip][c] / dt;
+                stressPower += term;
+                scale += std::fabs(term);
+            }
+        }
+        double nodalPower = 0.0;
+        for (int i = 0; i < 3; ++i) {
+            const Resultant r = readResultant(*nodes[i]);
+            nodalPower += dot(r.force, v[i]) + dot(r.moment, w[i]);
+        }
+        ASSERT_GT(scale, 0.1);
+        EXPECT_NEAR(nodalPower, -stressPower, 1e-12 * scale) << nip;
+        for (auto& n : nodes)
+            n->clearNodalForces();
+    }
+}
+
 TEST_F(TiltedShellTest, OnePointShellCarriesNoResultant) {
     auto shell = make("NODES 1 2 3 MATERIAL FIXED T 0.25 NIP 1");
     shell->setInitialConditions();
