@@ -8,6 +8,8 @@ the nodes at x = L carry a total force P in -z, shared along the edge
 (half shares at the two corners), ramped in from zero and then held. The
 material's mass-proportional damping lets the strip settle on its static
 deflection, which beam theory puts at P L^3 / (3 E I), I = B t^3 / 12.
+Trackers write TIP.csv (z of the free-edge nodes) and ROOT.csv (S11 of
+element 1, at the clamp) beside the deck.
 
 Units: mm, N, tonne, s (stress in MPa). The shell takes its density per unit
 area, so RHO is the steel density times the thickness.
@@ -31,6 +33,7 @@ def build_deck(nx, ny, length, width, thickness, force, young, nu, density, ramp
     add("** six degrees of freedom; the free edge x = %g carries %g N in -z in total," % (length, force))
     add("** ramped in over %g s and then held; mass-proportional damping lets the" % ramp)
     add("** strip settle. Beam theory P L^3 / (3 E I) gives a tip deflection of %.4f mm." % beam)
+    add("** TIP.csv tracks z of the free-edge nodes, ROOT.csv the S11 of element 1 at the clamp.")
     add("** Written by tools/cantilever_deck.py.")
     add("CONTROLS")
     add("RUN FROM 0.0 TO %g" % end)
@@ -74,6 +77,12 @@ def build_deck(nx, ny, length, width, thickness, force, young, nu, density, ramp
             for n1, n2, n3 in triangles:
                 number += 1
                 add("%d NODES %d %d %d MATERIAL STEEL T %g" % (number, n1, n2, n3, thickness))
+    # Histories: the free edge's deflection and the bending stress of element 1
+    # (at the clamp, first edge along x) at its first integration point.
+    add("TRACKERS TYPE NODE")
+    add("TIP NODES %s DIRECTION Z TYPE POSITION" % " ".join(str(node_id(nx, j)) for j in range(ny + 1)))
+    add("TRACKERS TYPE ELEMENT")
+    add("ROOT ELEMENTS 1 COMPONENT C11 TYPE STRESS")
     return "\n".join(lines) + "\n", beam
 
 
