@@ -1,0 +1,358 @@
+#include "Membrane3.h"
+
+#include "ContactLine.h"
+#include "ContactTriangle.h"
+#include "Load.h"
+#include "Material.h"
+#include "Node.h"
+
+#include <cfloat>
+#include <cmath>
+#include <stdexcept>
+
+Membrane3::Membrane3()
+    : inertia(3, 3, 0.0), localBasis(3, 3, 0.0), strain(6, 0.0), stress(6, 0.0), internalForce(9, 0.0),
+      deformationGradient(2, 2, 0.0), jacobian(2, 2, 0.0), initialJacobianInverse(2, 2, 0.0),
+      shapeDerivatives(3, 6, 0.0), e1(3, 0.0), e2(3, 0.0), e3(3, 0.0) {
+    numberOfNodes = 3;
+    vtkCellType = "5";
+}
+
+Membrane3::~Membrane3() = default;
+
+const std::shared_ptr<ContactLine>& Membrane3::getContactLine(int i) const {
+    if (i == 1) return contactLine1;
+    if (i == 2) return contactLine2;
+    if (i == 3) return contactLine3;
+    throw std::out_of_range("Membrane3 has no contact line " + std::to_string(i));
+}
+
+void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& allNodes,
+                            const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                            const std::vector<std::shared_ptr<Material>>& materials,
+                            const std::vector<std::shared_ptr<Load>>& loads) {
+    std::size_t i = 0;
+    while (i < tokens.size()) {
+        const std::string key = tokens[i].getWord();
+        if (key == "NODES") {
+            int numbers[3];
+            for (int k = 0; k < 3; ++k) {
+                const Token& t = tokens.at(i + 1 + k);
+                if (t.isAWord()) throw std::invalid_argument("Not enough nodes inputs for Element Membrane3");
+                numbers[k] = static_cast<int>(t.getNumber());
+            }
+            nodes.clear();
+            for (int k = 0; k < 3; ++k) {
+                const auto found = nodeMap.find(numbers[k]);
+                if (found == nodeMap.end())
+                    throw std::invalid_argument("Node " + std::to_string(numbers[k]) + " is not found");
+                nodes.push_back(found->second);
+            }
+            nodesSet = true;
+            i += 4;
+        } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
+            const std::string wanted = tokens[i + 1].getWord();
+            std::shared_ptr<Material> found;
+            for (const auto& m : materials)
+                if (m->nameRef() == wanted) {
+                    found = m;
+                    break;
+                }
+            if (!found) throw std::invalid_argument("Material name " + wanted + " is not found");
+            material = found;
+            materialSet = true;
+            i += 2;
+        } else if (key == "LOAD" && tokens.at(i + 1).isAWord()) {
+            const std::string wanted = tokens[i + 1].getWord();
+            std::shared_ptr<Load> found;
+            for (const auto& l : loads)
+                if (l->getName() == wanted) {
+                    found = l;
+                    break;
+                }
+            // An unknown load read before any material is reported with the
+            // material wording; this is the program's message and is kept.
+            if (!found && !material) throw std::invalid_argument("Material name " + wanted + " is not found");
+            if (!found) throw std::invalid_argument("Load name " + wanted + " is not found");
+            load = found;
+            i += 2;
+        } else if (key == "T" && tokens.at(i + 1).isANumber()) {
+            thickness = tokens[i + 1].getNumber();
+            i += 2;
+        } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
+            const std::string kind = tokens[i + 1].getWord();
+            if (kind == "BASIC")
+                contactType = 301;
+            else if (kind == "EDGE")
+                contactType = 302;
+            else
+                throw std::invalid_argument("Invalid CONTACT type");
+            i += 2;
+        } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
+            contactFactor = tokens[i + 1].getNumber();
+            contactFactorSet = true;
+            i += 2;
+        } else if (key == "FRICTION" && tokens.at(i + 1).isANumber()) {
+            friction = tokens[i + 1].getNumber();
+            frictionSet = true;
+            i += 2;
+        } else {
+            throw std::invalid_argument("Input " + key + " is not recognized");
+        }
+    }
+
+    if (contactType != 301 && contactType != 302) return;
+
+    const std::string n1 = std::to_string(nodes.at(0)->getNumber());
+    const std::string n2 = std::to_string(nodes.at(1)->getNumber());
+    const std::string n3 = std::to_string(nodes.at(2)->getNumber());
+
+    std::vector<Token> faceTokens{Token("NODES", 0), Token(n1),     Token(n2),
+                                  Token(n3),         Token("T", 0), Token(std::to_string(thickness))};
+    if (contactFactorSet) {
+        faceTokens.emplace_back("FACTOR", 0);
+        faceTokens.emplace_back(contactFactor);
+    }
+    if (frictionSet) {
+        faceTokens.emplace_back("FRICTION", 0);
+        faceTokens.emplace_back(friction);
+    }
+    contactTriangle = std::make_shared<ContactTriangle>();
+    contactTriangle->setNumber(-1);
+    contactTriangle->parseOstrel(faceTokens, allNodes, nodeMap, materials, loads);
+
+    if (contactType != 302) return;
+
+    const std::string radius = std::to_string(thickness * 0.5);
+    auto makeLine = [&](int lineNumber, const std::string& a, const std::string& b) {
+        std::vector<Token> lineTokens{Token("NODES", 0), Token(a), Token(b), Token("R", 0), Token(radius)};
+        if (contactFactorSet) {
+            lineTokens.emplace_back("FACTOR", 0);
+            lineTokens.emplace_back(std::to_string(contactFactor));
+        }
+        auto line = std::make_shared<ContactLine>();
+        line->setNumber(lineNumber);
+        line->parseOstrel(lineTokens, allNodes, nodeMap, materials, loads);
+        return line;
+    };
+    contactLine1 = makeLine(-1, n1, n2);
+    contactLine3 = makeLine(-3, n3, n1);
+    contactLine2 = makeLine(-2, n2, n3);
+}
+
+void Membrane3::computeJacobian() {
+    const Node& p1 = *nodes.at(0);
+    const Node& p2 = *nodes.at(1);
+    const Node& p3 = *nodes.at(2);
+    const double x1 = p1.getX_pos(), y1 = p1.getY_pos(), z1 = p1.getZ_pos();
+    const double ax = p2.getX_pos() - x1, ay = p2.getY_pos() - y1, az = p2.getZ_pos() - z1;
+    const double bx = p3.getX_pos() - x1, by = p3.getY_pos() - y1, bz = p3.getZ_pos() - z1;
+    const double nx = ay * bz - az * by, ny = az * bx - ax * bz, nz = ax * by - ay * bx;
+    const double la = std::sqrt(ax * ax + ay * ay + az * az);
+    const double ln = std::sqrt(nx * nx + ny * ny + nz * nz);
+
+    const double u1 = ax / la, u2 = ay / la, u3 = az / la;
+    const double w1 = nx / ln, w2 = ny / ln, w3 = nz / ln;
+    e1[0] = u1;
+    e1[1] = u2;
+    e1[2] = u3;
+    e3[0] = w1;
+    e3[1] = w2;
+    e3[2] = w3;
+    e2[0] = w2 * u3 - w3 * u2;
+    e2[1] = w3 * u1 - w1 * u3;
+    e2[2] = w1 * u2 - w2 * u1;
+
+    area = 0.5 * ln;
+    jacobian[0][0] = la;
+    jacobian[0][1] = (bx * ax + by * ay + bz * az) / la;
+    jacobian[1][0] = 0.0;
+    jacobian[1][1] = ln / la;
+    detJacobian = jacobian[1][1] * jacobian[0][0];
+}
+
+void Membrane3::updateLocalCoordinateSystem() {
+    const Node& p1 = *nodes.at(0);
+    const Node& p2 = *nodes.at(1);
+    const Node& p3 = *nodes.at(2);
+    calculateLocalBasis(p1.getX_pos(), p1.getY_pos(), p1.getZ_pos(), p2.getX_pos(), p2.getY_pos(),
+                        p2.getZ_pos(), p3.getX_pos(), p3.getY_pos(), p3.getZ_pos(), localBasis);
+    if (contactType == 301 || contactType == 302) contactTriangle->updateLocalCoordinateSystem();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->updateLocalCoordinateSystem();
+        if (contactLine2) contactLine2->updateLocalCoordinateSystem();
+        if (contactLine3) contactLine3->updateLocalCoordinateSystem();
+    }
+}
+
+void Membrane3::computeStrain(double dt, int /*ip*/) {
+    computeJacobian();
+    if (detJacobian <= 0.0)
+        throw std::runtime_error("Error in Membrane element " + std::to_string(number) +
+                                 ", det(Jacobian) is zero or negative. Timestep = " + std::to_string(dt));
+    if (!(std::fabs(detJacobian) <= DBL_MAX))
+        throw std::runtime_error("Error in Membrane element " + std::to_string(number) +
+                                 ", det(Jacobian) is +inf or NaN. Timestep = " + std::to_string(dt));
+
+    const double j00 = jacobian[0][0], j01 = jacobian[0][1], j10 = jacobian[1][0], j11 = jacobian[1][1];
+    const double k00 = initialJacobianInverse[0][0], k01 = initialJacobianInverse[0][1];
+    const double k10 = initialJacobianInverse[1][0], k11 = initialJacobianInverse[1][1];
+    const double f00 = j00 * k00 + j01 * k10, f01 = j00 * k01 + j01 * k11;
+    const double f10 = j10 * k00 + j11 * k10, f11 = j10 * k01 + j11 * k11;
+    deformationGradient[0][0] = f00;
+    deformationGradient[0][1] = f01;
+    deformationGradient[1][0] = f10;
+    deformationGradient[1][1] = f11;
+
+    // G = J^-T: the Cartesian derivatives of the shape functions of nodes 2 and
+    // 3 in the current local frame; node 1 takes minus their sum.
+    const double det = detJacobian;
+    const double g00 = j11 / det, g11 = j00 / det, g01 = -j10 / det, g10 = -j01 / det;
+    double* b0 = shapeDerivatives[0];
+    double* b1 = shapeDerivatives[1];
+    double* b2 = shapeDerivatives[2];
+    b0[0] = -g00 - g01;
+    b0[1] = 0.0;
+    b0[2] = g00;
+    b0[3] = 0.0;
+    b0[4] = g01;
+    b0[5] = 0.0;
+    b1[0] = 0.0;
+    b1[1] = -g10 - g11;
+    b1[2] = 0.0;
+    b1[3] = g10;
+    b1[4] = 0.0;
+    b1[5] = g11;
+    b2[0] = -g10 - g11;
+    b2[1] = -g00 - g01;
+    b2[2] = g10;
+    b2[3] = g00;
+    b2[4] = g11;
+    b2[5] = g01;
+
+    strain[0] = f00;
+    strain[1] = f11;
+    strain[2] = f01;
+}
+
+void Membrane3::computeStress(double /*dt*/, int /*ip*/) {
+    material->computeStress2D(deformationGradient, strain, stress, localBasis);
+}
+
+void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
+    thickness = strain[2] * initialThickness;
+    const double k = area * thickness;
+    const double s11 = stress[0], s22 = stress[1], s12 = stress[3];
+    const double* b0 = shapeDerivatives[0];
+    const double* b1 = shapeDerivatives[1];
+    const double* b2 = shapeDerivatives[2];
+    const double u1 = e1[0], u2 = e1[1], u3 = e1[2];
+    const double v1 = e2[0], v2 = e2[1], v3 = e2[2];
+    for (int a = 0; a < 3; ++a) {
+        const int cx = 2 * a, cy = 2 * a + 1;
+        const double fx = (b0[cx] * s11 + b2[cx] * s12) * k;
+        const double fy = (b1[cy] * s22 + b2[cy] * s12) * k;
+        internalForce[3 * a] = -(fx * u1 + fy * v1);
+        internalForce[3 * a + 1] = -(fx * u2 + fy * v2);
+        internalForce[3 * a + 2] = -(fx * u3 + fy * v3);
+    }
+    nodes[0]->addInternalForce(internalForce[0], internalForce[1], internalForce[2]);
+    nodes[1]->addInternalForce(internalForce[3], internalForce[4], internalForce[5]);
+    nodes[2]->addInternalForce(internalForce[6], internalForce[7], internalForce[8]);
+}
+
+void Membrane3::computeExternalForces(double time) {
+    if (!load) return;
+    const double f = load->getPressure(time) * area / 3.0;
+    const double fx = f * e3[0], fy = f * e3[1], fz = f * e3[2];
+    for (int a = 0; a < 3; ++a)
+        nodes[a]->addExternalForce(fx, fy, fz);
+}
+
+void Membrane3::computeContactForces() {
+    if (contactType != 301 && contactType != 302) return;
+    contactTriangle->computeContactForces();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->computeContactForces();
+        if (contactLine2) contactLine2->computeContactForces();
+        if (contactLine3) contactLine3->computeContactForces();
+    }
+}
+
+void Membrane3::assembleMassMatrix() {
+    computeJacobian();
+    if (!material)
+        throw std::invalid_argument("Material is not set for Membrane element " + std::to_string(number));
+    // The density of a membrane material is a mass per unit area.
+    const double m = material->getDensity() * area;
+    if (m <= 0.0)
+        throw std::invalid_argument("Error in Membrane element " + std::to_string(number) +
+                                    ". Element mass is zero or negative");
+    const double alpha = material->getAlpha();
+    const double share = m / 3.0;
+    const double I = share * (thickness * thickness / 12.0 + area / 12.0);
+    for (int r = 0; r < 3; ++r)
+        for (int s = 0; s < 3; ++s)
+            inertia[r][s] = r == s ? I : 0.0;
+    for (int a = 0; a < 3; ++a) {
+        Node& n = *nodes[a];
+        n.addMass(share);
+        n.setRayleighDamping(alpha);
+        n.addInertia(inertia);
+    }
+    if (contactType == 301 || contactType == 302) contactTriangle->assembleMassMatrix();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->assembleMassMatrix();
+        if (contactLine2) contactLine2->assembleMassMatrix();
+        if (contactLine3) contactLine3->assembleMassMatrix();
+    }
+}
+
+void Membrane3::setInitialConditions() {
+    initialThickness = thickness;
+    computeJacobian();
+    const double det0 = jacobian[0][0] * jacobian[1][1] - jacobian[0][1] * jacobian[1][0];
+    initialJacobianInverse[0][0] = jacobian[1][1] / det0;
+    initialJacobianInverse[0][1] = -jacobian[0][1] / det0;
+    initialJacobianInverse[1][0] = -jacobian[1][0] / det0;
+    initialJacobianInverse[1][1] = jacobian[0][0] / det0;
+    if (!material)
+        throw std::invalid_argument("Material is not set for Membrane element " + std::to_string(number));
+    material = material->copyMat();
+    updateLocalCoordinateSystem();
+    material->setInitialConditions(localBasis);
+    if (contactType == 301 || contactType == 302) contactTriangle->setInitialConditions();
+    if (contactType == 302) {
+        if (contactLine1) contactLine1->setInitialConditions();
+        if (contactLine2) contactLine2->setInitialConditions();
+        if (contactLine3) contactLine3->setInitialConditions();
+    }
+}
+
+double Membrane3::checkTimestep(double dt) {
+    const Node& p1 = *nodes.at(0);
+    const Node& p2 = *nodes.at(1);
+    const Node& p3 = *nodes.at(2);
+    auto squared = [](const Node& a, const Node& b) {
+        const double dx = b.getX_pos() - a.getX_pos(), dy = b.getY_pos() - a.getY_pos(),
+                     dz = b.getZ_pos() - a.getZ_pos();
+        return dx * dx + dy * dy + dz * dz;
+    };
+    double longest = squared(p1, p2);
+    const double l23 = squared(p2, p3), l31 = squared(p3, p1);
+    if (l23 > longest) longest = l23;
+    if (l31 > longest) longest = l31;
+    const double h = 2.0 * area / std::sqrt(longest) * 0.1;
+    const double critical = h / material->wavespeed2D();
+    // A step that is not a number (zero wave speed over zero altitude) leaves
+    // the candidate unchanged.
+    return critical < dt ? critical : dt;
+}
+
+std::string Membrane3::printVTK(int what, int component) {
+    if (what == 100 || what == 200) {
+        if (component < 0 || component > 5) return "0.0";
+        return formatValue(what == 100 ? strain[component] : stress[component], true);
+    }
+    return Element::printVTK(what, component);
+}

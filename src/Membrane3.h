@@ -1,0 +1,98 @@
+// Three-node membrane triangle: in-plane stiffness only, one integration point,
+// constant deformation gradient.
+//
+// The triangle is described in its own current 2D frame (e1 along edge 1-2, e3
+// the unit normal of (x2 - x1) x (x3 - x1), e2 = e3 x e1). The columns of the
+// Jacobian J are the local coordinates of nodes 2 and 3 relative to node 1,
+//   J = [[|a|, b.e1], [0, |a x b|/|a|]],  det J = |a x b| = 2A,
+// and the in-plane deformation gradient is F = J J0^-1 with J0 the Jacobian of
+// the initial configuration. The material's 2D law receives F and a strain
+// vector that carries (F11, F22, F12); it returns the Cauchy stress
+// (s11, s22, s12 in components 0, 1, 3) and leaves in strain component 2 the
+// thickness ratio, so the current thickness is t = t0 * strain[2].
+//
+// The nodal forces are those of the constant-strain triangle in the current
+// configuration, f_a = -A t B_a^T (s11, s22, s12), with B built from the
+// transposed inverse of J, returned to global axes through e1 and e2. A
+// pressure p acts along e3 with p A / 3 on each node. The mass density is per
+// unit area: m = rho A, lumped in thirds; each node also receives the
+// rotational inertia (m/3)(t^2/12 + A/12) on the diagonal. The stable step is
+// one tenth of the smallest altitude 2A / L_max over the material's 2D wave
+// speed.
+#pragma once
+
+#include "Element.h"
+
+class ContactLine;
+class ContactTriangle;
+
+class Membrane3 : public Element {
+public:
+    Membrane3();
+    ~Membrane3() override;
+
+    void parseOstrel() override {}
+    void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
+                     const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                     const std::vector<std::shared_ptr<Material>>& materials,
+                     const std::vector<std::shared_ptr<Load>>& loads) override;
+    void assembleMassMatrix() override;
+    void setInitialConditions() override;
+    double checkTimestep(double dt) override;
+    void updateLocalCoordinateSystem() override;
+    int getNumberOfIntegrationPoints() override { return 1; }
+    void computeStrain(double dt, int ip) override;
+    void computeStress(double dt, int ip) override;
+    void computeInternalForces(double dt, int ip) override;
+    void computeExternalForces(double time) override;
+    void computeContactForces() override;
+    std::string printVTK(int what, int component) override;
+
+    // Area, frame and Jacobian of the current triangle.
+    void computeJacobian();
+
+    double getArea() const { return area; }
+    double getThickness() const { return thickness; }
+    double getInitialThickness() const { return initialThickness; }
+    double getDetJacobian() const { return detJacobian; }
+    int getContactType() const { return contactType; }
+    const std::shared_ptr<Material>& getMaterial() const { return material; }
+    const std::shared_ptr<Load>& getLoad() const { return load; }
+    const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
+    const TNT::Array2D<double>& getJacobian() const { return jacobian; }
+    const TNT::Array2D<double>& getDeformationGradient() const { return deformationGradient; }
+    const TNT::Array2D<double>& getShapeDerivatives() const { return shapeDerivatives; }
+    const TNT::Array1D<double>& getStrain() const { return strain; }
+    const TNT::Array1D<double>& getStress() const { return stress; }
+    const TNT::Array1D<double>& getInternalForce() const { return internalForce; }
+    const TNT::Array2D<double>& getInertia() const { return inertia; }
+    const std::shared_ptr<ContactTriangle>& getContactTriangle() const { return contactTriangle; }
+    const std::shared_ptr<ContactLine>& getContactLine(int i) const;
+
+private:
+    double area = 0.0;
+    double thickness = 0.0;
+    double initialThickness = 0.0;
+    std::shared_ptr<Material> material;
+    std::shared_ptr<Load> load;
+    TNT::Array2D<double> inertia;
+    TNT::Array2D<double> localBasis;
+    TNT::Array1D<double> strain;
+    TNT::Array1D<double> stress;
+    TNT::Array1D<double> internalForce;
+    TNT::Array2D<double> deformationGradient;
+    TNT::Array2D<double> jacobian;
+    TNT::Array2D<double> initialJacobianInverse;
+    TNT::Array2D<double> shapeDerivatives;
+    TNT::Array1D<double> e1, e2, e3;
+    double detJacobian = 0.0;
+    bool nodesSet = false;
+    bool materialSet = false;
+    int contactType = 300;
+    std::shared_ptr<ContactTriangle> contactTriangle;
+    std::shared_ptr<ContactLine> contactLine1, contactLine2, contactLine3;
+    double contactFactor = 0.0;
+    double friction = 0.0;
+    bool contactFactorSet = false;
+    bool frictionSet = false;
+};
