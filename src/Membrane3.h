@@ -30,6 +30,9 @@ class Membrane3 : public Element {
 public:
     Membrane3();
     ~Membrane3() override;
+    // The TNT members are views into this element's own storage.
+    Membrane3(const Membrane3&) = delete;
+    Membrane3& operator=(const Membrane3&) = delete;
 
     void parseOstrel() override {}
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
@@ -95,4 +98,23 @@ private:
     double friction = 0.0;
     bool contactFactorSet = false;
     bool frictionSet = false;
+
+    // One contiguous block behind the per-step arrays above, so that an
+    // element's step touches a few neighbouring cache lines. Offsets:
+    enum : int {
+        kBasis = 0,   // localBasis 3x3
+        kStrain = 9,  // strain 6
+        kStress = 15, // stress 6
+        kForce = 21,  // internalForce 9
+        kF = 30,      // deformationGradient 2x2
+        kJ = 34,      // jacobian 2x2
+        kJ0inv = 38,  // initialJacobianInverse 2x2
+        kB = 42,      // shapeDerivatives 3x6
+        kE1 = 60,     // e1, e2, e3
+        kE2 = 63,
+        kE3 = 66,
+        kInertia = 69, // inertia 3x3
+        kStoreSize = 78
+    };
+    double store[kStoreSize] = {};
 };
