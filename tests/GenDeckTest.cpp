@@ -1,0 +1,194 @@
+// The deck generator (tools/gendeck.py): the decks it writes are read back and
+// checked for numbering and geometry, and run end to end.
+#include "TestUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <set>
+#include <sstream>
+
+using namespace testutil;
+
+namespace {
+
+struct DeckMesh {
+    std::map<int, std::array<double, 3>> nodes;
+    std::map<std::string, std::map<int, std::vector<int>>> elements; // type -> number -> nodes
+    std::map<int, std::string> constraintOf;
+};
+
+// Reads the NODES and ELEMENTS blocks of a generated deck (one keyword-value
+// layout per line, as the generator writes it).
+DeckMesh readDeck(const fs::path& deck) {
+    static const std::set<std::string> headers = {"TITLE",     "CONTROLS", "ELEMENTS",
+                                                  "NODES",     "LOADS",    "CONSTRAINTS",
+                                                  "MATERIALS", "TRACKERS", "AMPLITUDES"};
+    DeckMesh mesh;
+    std::string block, type;
+    for (const auto& line : readLines(deck)) {
+        std::istringstream in(line);
+        std::vector<std::string> words;
+        for (std::string w; in >> w;)
+            words.push_back(w);
+        if (words.empty()) continue;
+        if (headers.count(words[0])) {
+            block = words[0];
+            type = words.size() > 2 ? words[2] : "";
+            continue;
+        }
+        if (block == "NODES") {
+            std::array<double, 3> x{0, 0, 0};
+            const int n = std::stoi(words[0]);
+            for (std::size_t i = 1; i + 1 < words.size(); i += 2) {
+                if (words[i] == "X") x[0] = std::stod(words[i + 1]);
+                if (words[i] == "Y") x[1] = std::stod(words[i + 1]);
+                if (words[i] == "Z") x[2] = std::stod(words[i + 1]);
+                if (words[i] == "CONSTRAINT") mesh.constraintOf[n] = words[i + 1];
+            }
+            mesh.nodes[n] = x;
+        } else if (block == "ELEMENTS") {
+            std::vector<int> ids;
+            for (std::size_t i = 2; i < words.size() && std::isdigit(static_cast<unsigned char>(words[i][0]));
+                 ++i)
+                ids.push_back(std::stoi(words[i]));
+            mesh.elements[type][std::stoi(words[0])] = ids;
+        }
+    }
+    return mesh;
+}
+
+RunResult generate(const fs::path& deck, const std::string& options) {
+    return runCommand(std::string(DRAPEX_SYSTEM_PYTHON) + " '" + DRAPEX_ROOT + "/tools/gendeck.py' " +
+                      options + " -o '" + deck.string() + "'");
+}
+
+// z component of (x2 - x1) x (x3 - x1) / 2.
+double signedArea(const DeckMesh& m, const std::vector<int>& t) {
+    const auto &a = m.nodes.at(t[0]), &b = m.nodes.at(t[1]), &c = m.nodes.at(t[2]);
+    return 0.5 * ((b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0]));
+}
+
+void expectNumberedWithoutGaps(const DeckMesh& m) {
+    int expected = 1;
+    for (const auto& [n, x] : m.nodes)
+        EXPECT_EQ(n, expected++);
+    std::set<int> numbers;
+    for (const auto& [type, list] : m.elements)
+        for (const auto& [n, ids] : list) {
+            EXPECT_TRUE(numbers.insert(n).second) << "element " << n << " twice";
+            for (int id : ids)
+                EXPECT_TRUE(m.nodes.count(id)) << "element " << n << " names node " << id;
+        }
+    expected = 1;
+    for (int n : numbers)
+        EXPECT_EQ(n, expected++);
+}
+
+} // namespace
+
+TEST(GenDeck, RectanglePatternsTileTheSheetWithUpwardTriangles) {
+    const fs::path dir = scratchDir("gendeck_patterns");
+    for (const std::string pattern : {"right", "left", "alternate"}) {
+        const fs::path deck = dir / (pattern + ".txt");
+        const auto r = generate(deck, "--size 3 2 --div 3 4 --origin 1 -1 0.5 --pattern " + pattern);
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.out, deck.string() + ": 20 nodes, 24 elements\n");
+        const DeckMesh m = readDeck(deck);
+        expectNumberedWithoutGaps(m);
+        ASSERT_EQ(m.elements.at("MEMBRANE_3").size(), 24u);
+        double total = 0.0;
+        for (const auto& [n, ids] : m.elements.at("MEMBRANE_3")) {
+            const double a = signedArea(m, ids);
+            EXPECT_NEAR(a, 0.25, 1e-12) << pattern << " element " << n;
+            total += a;
+        }
+        EXPECT_NEAR(total, 6.0, 1e-12);
+        EXPECT_EQ(m.nodes.at(20), (std::array<double, 3>{4.0, 1.0, 0.5}));
+    }
+}
+
+TEST(GenDeck, DiscRingsAreInscribedAndOrientedUpwards) {
+    const fs::path deck = scratchDir("gendeck_disc") / "disc.txt";
+    const int rings = 5;
+    const double radius = 2.0;
+    ASSERT_EQ(generate(deck, "--mesh disc --radius 2 --rings 5 --clamp rim").status, 0);
+    const DeckMesh m = readDeck(deck);
+    expectNumberedWithoutGaps(m);
+    EXPECT_EQ(m.nodes.size(), 1u + 3u * rings * (rings + 1));
+    const auto& tris = m.elements.at("MEMBRANE_3");
+    EXPECT_EQ(tris.size(), 6u * rings * rings);
+    double total = 0.0;
+    for (const auto& [n, ids] : tris) {
+        const double a = signedArea(m, ids);
+        EXPECT_GT(a, 0.0) << "element " << n;
+        total += a;
+    }
+    // The outer ring is a regular polygon of 6 rings sides inscribed in the circle.
+    const int sides = 6 * rings;
+    EXPECT_NEAR(total, 0.5 * sides * radius * radius * std::sin(2 * M_PI / sides), 1e-7);
+    int onRim = 0;
+    for (const auto& [n, c] : m.constraintOf) {
+        const auto& x = m.nodes.at(n);
+        EXPECT_EQ(c, "CLAMP");
+        EXPECT_NEAR(std::hypot(x[0], x[1]), radius, 1e-9);
+        ++onRim;
+    }
+    EXPECT_EQ(onRim, sides);
+}
+
+TEST(GenDeck, ToolSurfaceContinuesTheNumberingBelowTheSheet) {
+    const fs::path deck = scratchDir("gendeck_tool") / "tool.txt";
+    const auto r = generate(deck, "--size 4 2 --div 4 2 --contact BASIC --clamp left --pull right 1 - 0 "
+                                  "--tool disc --tool-rings 2 --tool-offset 0.5 --tool-velocity 2");
+    ASSERT_EQ(r.status, 0) << r.err;
+    const DeckMesh m = readDeck(deck);
+    expectNumberedWithoutGaps(m);
+    ASSERT_EQ(m.nodes.size(), 15u + 19u);
+    const auto& tool = m.elements.at("CONTACT_TRIANGLE");
+    ASSERT_EQ(tool.size(), 24u);
+    EXPECT_EQ(tool.begin()->first, 17);
+    for (const auto& [n, ids] : tool) {
+        EXPECT_GT(signedArea(m, ids), 0.0);
+        for (int id : ids) {
+            EXPECT_GT(id, 15);
+            EXPECT_DOUBLE_EQ(m.nodes.at(id)[2], -0.5);
+            EXPECT_EQ(m.constraintOf.at(id), "TOOL");
+        }
+    }
+    // Tool centred under the sheet.
+    EXPECT_EQ(m.nodes.at(16), (std::array<double, 3>{2.0, 1.0, -0.5}));
+    // Corners of a clamped edge stay clamped; the pulled edge keeps the rest.
+    EXPECT_EQ(m.constraintOf.at(1), "CLAMP");
+    EXPECT_EQ(m.constraintOf.at(5), "PULL1");
+    EXPECT_EQ(m.constraintOf.count(3), 0u);
+    const std::string text = readFile(deck);
+    EXPECT_TRUE(contains(text, "\nPULL1 VX 1 VZ 0 AMPLITUDE RAMP\n"));
+    EXPECT_TRUE(contains(text, "\nTOOL VX 0 VY 0 VZ 2 AMPLITUDE RAMP\n"));
+    EXPECT_TRUE(contains(text, "\n1 NODES 1 2 7 MATERIAL SHEET T 1 CONTACT BASIC\n"));
+}
+
+TEST(GenDeck, FrameAddsHingedRodBarsAroundTheSheet) {
+    const fs::path deck = scratchDir("gendeck_frame") / "frame.txt";
+    ASSERT_EQ(generate(deck, "--size 2 2 --div 2 2 --frame 0.5").status, 0);
+    const DeckMesh m = readDeck(deck);
+    expectNumberedWithoutGaps(m);
+    // 4 sides x 3 outer nodes; per side 2 x 3 chords and 3 posts.
+    EXPECT_EQ(m.nodes.size(), 9u + 12u);
+    EXPECT_EQ(m.elements.at("ROD_2").size(), 4u * 9u);
+    // Each outer node lies half a unit outside the sheet.
+    for (int n = 10; n <= 21; ++n) {
+        const auto& x = m.nodes.at(n);
+        const double outside = std::max({-x[0], x[0] - 2.0, -x[1], x[1] - 2.0});
+        EXPECT_NEAR(outside, 0.5, 1e-12) << "node " << n;
+    }
+}
+
+TEST(GenDeck, RejectsAnUnknownNodeSet) {
+    const fs::path deck = scratchDir("gendeck_bad") / "bad.txt";
+    const auto r = generate(deck, "--mesh disc --clamp left");
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(contains(r.err, "unknown node set left for a disc mesh (known: rim, center, all)")) << r.err;
+    EXPECT_FALSE(fs::exists(deck));
+}
