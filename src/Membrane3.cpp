@@ -10,21 +10,13 @@
 #include <cmath>
 #include <stdexcept>
 
-Membrane3::Membrane3() {
+Membrane3::Membrane3() : inertia(3, 3, 0.0) {
     numberOfNodes = 3;
     vtkCellType = "5";
-    inertia = TNT::Array2D<double>(3, 3, store + kInertia);
-    localBasis = TNT::Array2D<double>(3, 3, store + kBasis);
-    strain = TNT::Array1D<double>(6, store + kStrain);
-    stress = TNT::Array1D<double>(6, store + kStress);
-    internalForce = TNT::Array1D<double>(9, store + kForce);
-    deformationGradient = TNT::Array2D<double>(2, 2, store + kF);
-    jacobian = TNT::Array2D<double>(2, 2, store + kJ);
-    initialJacobianInverse = TNT::Array2D<double>(2, 2, store + kJ0inv);
-    shapeDerivatives = TNT::Array2D<double>(3, 6, store + kB);
-    e1 = TNT::Array1D<double>(3, store + kE1);
-    e2 = TNT::Array1D<double>(3, store + kE2);
-    e3 = TNT::Array1D<double>(3, store + kE3);
+    localBasis = TNT::Array2D<double>(3, 3, lawData + kBasis);
+    strain = TNT::Array1D<double>(6, lawData + kStrain);
+    stress = TNT::Array1D<double>(6, lawData + kStress);
+    deformationGradient = TNT::Array2D<double>(2, 2, lawData + kF);
 }
 
 Membrane3::~Membrane3() = default;
@@ -162,24 +154,22 @@ void Membrane3::computeJacobian() {
 
     const double u1 = ax / la, u2 = ay / la, u3 = az / la;
     const double w1 = nx / ln, w2 = ny / ln, w3 = nz / ln;
-    double* e = store + kE1;
-    e[0] = u1;
-    e[1] = u2;
-    e[2] = u3;
-    e[3] = w2 * u3 - w3 * u2;
-    e[4] = w3 * u1 - w1 * u3;
-    e[5] = w1 * u2 - w2 * u1;
-    e[6] = w1;
-    e[7] = w2;
-    e[8] = w3;
+    e1[0] = u1;
+    e1[1] = u2;
+    e1[2] = u3;
+    e2[0] = w2 * u3 - w3 * u2;
+    e2[1] = w3 * u1 - w1 * u3;
+    e2[2] = w1 * u2 - w2 * u1;
+    e3[0] = w1;
+    e3[1] = w2;
+    e3[2] = w3;
 
     area = 0.5 * ln;
-    double* J = store + kJ;
-    J[0] = la;
-    J[1] = (bx * ax + by * ay + bz * az) / la;
-    J[2] = 0.0;
-    J[3] = ln / la;
-    detJacobian = J[3] * J[0];
+    jacobian[0][0] = la;
+    jacobian[0][1] = (bx * ax + by * ay + bz * az) / la;
+    jacobian[1][0] = 0.0;
+    jacobian[1][1] = ln / la;
+    detJacobian = jacobian[1][1] * jacobian[0][0];
 }
 
 void Membrane3::updateLocalCoordinateSystem() {
@@ -205,22 +195,21 @@ void Membrane3::computeStrain(double dt, int /*ip*/) {
         throw std::runtime_error("Error in Membrane element " + std::to_string(number) +
                                  ", det(Jacobian) is +inf or NaN. Timestep = " + std::to_string(dt));
 
-    const double* J = store + kJ;
-    const double* K = store + kJ0inv;
-    const double j00 = J[0], j01 = J[1], j10 = J[2], j11 = J[3];
-    double* F = store + kF;
-    F[0] = j00 * K[0] + j01 * K[2];
-    F[1] = j00 * K[1] + j01 * K[3];
-    F[2] = j10 * K[0] + j11 * K[2];
-    F[3] = j10 * K[1] + j11 * K[3];
+    const double j00 = jacobian[0][0], j01 = jacobian[0][1], j10 = jacobian[1][0], j11 = jacobian[1][1];
+    const double(&K)[2][2] = initialJacobianInverse;
+    double* F = lawData + kF;
+    F[0] = j00 * K[0][0] + j01 * K[1][0];
+    F[1] = j00 * K[0][1] + j01 * K[1][1];
+    F[2] = j10 * K[0][0] + j11 * K[1][0];
+    F[3] = j10 * K[0][1] + j11 * K[1][1];
 
     // G = J^-T: the Cartesian derivatives of the shape functions of nodes 2 and
     // 3 in the current local frame; node 1 takes minus their sum.
     const double det = detJacobian;
     const double g00 = j11 / det, g11 = j00 / det, g01 = -j10 / det, g10 = -j01 / det;
-    double* b0 = store + kB;
-    double* b1 = b0 + 6;
-    double* b2 = b0 + 12;
+    double* b0 = shapeDerivatives[0];
+    double* b1 = shapeDerivatives[1];
+    double* b2 = shapeDerivatives[2];
     b0[0] = -g00 - g01;
     b0[1] = 0.0;
     b0[2] = g00;
@@ -253,12 +242,12 @@ void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
     thickness = strain[2] * initialThickness;
     const double k = area * thickness;
     const double s11 = stress[0], s22 = stress[1], s12 = stress[3];
-    const double* b0 = store + kB;
-    const double* b1 = b0 + 6;
-    const double* b2 = b0 + 12;
-    const double* u = store + kE1;
-    const double* v = store + kE2;
-    double* f = store + kForce;
+    const double* b0 = shapeDerivatives[0];
+    const double* b1 = shapeDerivatives[1];
+    const double* b2 = shapeDerivatives[2];
+    const double* u = e1;
+    const double* v = e2;
+    double* f = internalForce;
     for (int a = 0; a < 3; ++a) {
         const int cx = 2 * a, cy = 2 * a + 1;
         const double fx = (b0[cx] * s11 + b2[cx] * s12) * k;
@@ -275,8 +264,7 @@ void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
 void Membrane3::computeExternalForces(double time) {
     if (!load) return;
     const double f = load->getPressure(time) * area / 3.0;
-    const double* n = store + kE3;
-    const double fx = f * n[0], fy = f * n[1], fz = f * n[2];
+    const double fx = f * e3[0], fy = f * e3[1], fz = f * e3[2];
     for (int a = 0; a < 3; ++a)
         nodes[a]->addExternalForce(fx, fy, fz);
 }

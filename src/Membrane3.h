@@ -62,12 +62,12 @@ public:
     const std::shared_ptr<Material>& getMaterial() const { return material; }
     const std::shared_ptr<Load>& getLoad() const { return load; }
     const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
-    const TNT::Array2D<double>& getJacobian() const { return jacobian; }
+    const double (&getJacobian() const)[2][2] { return jacobian; }
     const TNT::Array2D<double>& getDeformationGradient() const { return deformationGradient; }
-    const TNT::Array2D<double>& getShapeDerivatives() const { return shapeDerivatives; }
+    const double (&getShapeDerivatives() const)[3][6] { return shapeDerivatives; }
     const TNT::Array1D<double>& getStrain() const { return strain; }
     const TNT::Array1D<double>& getStress() const { return stress; }
-    const TNT::Array1D<double>& getInternalForce() const { return internalForce; }
+    const double (&getInternalForce() const)[9] { return internalForce; }
     const TNT::Array2D<double>& getInertia() const { return inertia; }
     const std::shared_ptr<ContactTriangle>& getContactTriangle() const { return contactTriangle; }
     const std::shared_ptr<ContactLine>& getContactLine(int i) const;
@@ -79,15 +79,18 @@ private:
     std::shared_ptr<Material> material;
     std::shared_ptr<Load> load;
     TNT::Array2D<double> inertia;
+    // The arrays handed to the material law are views of lawData below.
     TNT::Array2D<double> localBasis;
     TNT::Array1D<double> strain;
     TNT::Array1D<double> stress;
-    TNT::Array1D<double> internalForce;
+    // The element's own per-step arrays are plain members: no indirection,
+    // and they sit next to each other in memory.
+    double internalForce[9] = {};
     TNT::Array2D<double> deformationGradient;
-    TNT::Array2D<double> jacobian;
-    TNT::Array2D<double> initialJacobianInverse;
-    TNT::Array2D<double> shapeDerivatives;
-    TNT::Array1D<double> e1, e2, e3;
+    double jacobian[2][2] = {};
+    double initialJacobianInverse[2][2] = {};
+    double shapeDerivatives[3][6] = {};
+    double e1[3] = {}, e2[3] = {}, e3[3] = {};
     double detJacobian = 0.0;
     bool nodesSet = false;
     bool materialSet = false;
@@ -99,22 +102,6 @@ private:
     bool contactFactorSet = false;
     bool frictionSet = false;
 
-    // One contiguous block behind the per-step arrays above, so that an
-    // element's step touches a few neighbouring cache lines. Offsets:
-    enum : int {
-        kBasis = 0,   // localBasis 3x3
-        kStrain = 9,  // strain 6
-        kStress = 15, // stress 6
-        kForce = 21,  // internalForce 9
-        kF = 30,      // deformationGradient 2x2
-        kJ = 34,      // jacobian 2x2
-        kJ0inv = 38,  // initialJacobianInverse 2x2
-        kB = 42,      // shapeDerivatives 3x6
-        kE1 = 60,     // e1, e2, e3
-        kE2 = 63,
-        kE3 = 66,
-        kInertia = 69, // inertia 3x3
-        kStoreSize = 78
-    };
-    double store[kStoreSize] = {};
+    enum : int { kBasis = 0, kStrain = 9, kStress = 15, kF = 21, kLawDataSize = 25 };
+    double lawData[kLawDataSize] = {};
 };
