@@ -1,5 +1,6 @@
 // The deck generator (tools/gendeck.py): the decks it writes are read back and
 // checked for numbering and geometry, and run end to end.
+#include "ResultReadBack.h"
 #include "TestUtil.h"
 
 #include <gtest/gtest.h>
@@ -191,4 +192,30 @@ TEST(GenDeck, RejectsAnUnknownNodeSet) {
     EXPECT_EQ(r.status, 2);
     EXPECT_TRUE(contains(r.err, "unknown node set left for a disc mesh (known: rim, center, all)")) << r.err;
     EXPECT_FALSE(fs::exists(deck));
+}
+
+TEST(GenDeck, GeneratedMembraneDeckRunsEndToEnd) {
+    const fs::path dir = scratchDir("gendeck_membrane_run");
+    const fs::path deck = dir / "bulge.txt";
+    ASSERT_EQ(generate(deck, "--mesh disc --radius 10 --rings 3 --material ogden --rho 1e-9 --thickness 0.5 "
+                             "--clamp rim --pressure 0.01 --end 1e-4 --print 5e-5")
+                  .status,
+              0);
+    const auto r = runDrapex(deck);
+    ASSERT_TRUE(contains(r.out, "Solving took")) << r.out << r.err;
+    const auto prints = readback::logValues(dir / "bulge.md", "Current time: ").size();
+    ASSERT_GE(prints, 2u);
+    const auto vtk =
+        readback::readVtk(dir / "Results_bulge" / ("bulge_" + std::to_string(prints - 1) + ".vtk"));
+    // 1 + 3 + 6 + 9 ... : 37 nodes, 54 triangles, and the dummy point 0.
+    ASSERT_EQ(vtk.points.size(), 38u);
+    ASSERT_EQ(vtk.cells.size(), 54u);
+    EXPECT_EQ(vtk.cells[0], (std::vector<int>{2, 3, 1}));
+    for (int type : vtk.cellTypes)
+        EXPECT_EQ(type, 5);
+    // Rim clamped, pole pushed up by the pressure.
+    for (int n = 20; n <= 37; ++n)
+        EXPECT_EQ(vtk.points[n][2], 0.0);
+    EXPECT_GT(vtk.points[1][2], 0.0);
+    EXPECT_EQ(vtk.scalars.at("S12"), std::vector<double>(54, 0.0));
 }
