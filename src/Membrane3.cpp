@@ -7,7 +7,9 @@
 #include "Node.h"
 
 #include <cfloat>
+#include <climits>
 #include <cmath>
+#include <cstdio>
 #include <stdexcept>
 
 Membrane3::Membrane3() : inertia(3, 3, 0.0) {
@@ -40,7 +42,14 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
             for (int k = 0; k < 3; ++k) {
                 const Token& t = tokens.at(i + 1 + k);
                 if (t.isAWord()) throw std::invalid_argument("Not enough nodes inputs for Element Membrane3");
-                numbers[k] = static_cast<int>(t.getNumber());
+                const double v = t.getNumber();
+                // No node can carry a number outside the int range (or NaN).
+                if (!(v > INT_MIN - 1.0 && v < INT_MAX + 1.0)) {
+                    char text[32];
+                    std::snprintf(text, sizeof text, "%g", v);
+                    throw std::invalid_argument(std::string("Node ") + text + " is not found");
+                }
+                numbers[k] = static_cast<int>(v);
             }
             nodes.clear();
             for (int k = 0; k < 3; ++k) {

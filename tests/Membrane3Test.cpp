@@ -190,6 +190,8 @@ TEST(Membrane3Parse, ReportsEachInputErrorWithItsMessage) {
     };
     EXPECT_EQ(bad("NODES 1 2 X"), "Not enough nodes inputs for Element Membrane3");
     EXPECT_EQ(bad("NODES 1 7 3"), "Node 7 is not found");
+    EXPECT_EQ(bad("NODES 1 2 1E30"), "Node 1e+30 is not found");
+    EXPECT_EQ(bad("NODES NAN 2 3"), "Node nan is not found");
     EXPECT_EQ(bad("NODES 1 2 3 MATERIAL STEEL"), "Material name STEEL is not found");
     EXPECT_EQ(bad("NODES 1 2 3 CONTACT SIDE"), "Invalid CONTACT type");
     EXPECT_EQ(bad("NODES 1 2 3 T THICK"), "Input T is not recognized");
