@@ -9,7 +9,8 @@
 // the initial configuration. The material's 2D law receives F and a strain
 // vector that carries (F11, F22, F12); it returns the Cauchy stress
 // (s11, s22, s12 in components 0, 1, 3) and leaves in strain component 2 the
-// thickness ratio, so the current thickness is t = t0 * strain[2].
+// thickness ratio, so the current thickness is t = t0 * strain[2] (a law that
+// leaves the vector alone, as the elastic one does, leaves F12 there).
 //
 // The nodal forces are those of the constant-strain triangle in the current
 // configuration, f_a = -A t B_a^T (s11, s22, s12), with B built from the
@@ -18,7 +19,8 @@
 // unit area: m = rho A, lumped in thirds; each node also receives the
 // rotational inertia (m/3)(t^2/12 + A/12) on the diagonal. The stable step is
 // one tenth of the smallest altitude 2A / L_max over the material's 2D wave
-// speed.
+// speed. With CONTACT BASIC the face carries a contact triangle of thickness
+// t, with CONTACT EDGE also a contact line of radius t/2 on each edge.
 #pragma once
 
 #include "Element.h"
@@ -30,7 +32,8 @@ class Membrane3 : public Element {
 public:
     Membrane3();
     ~Membrane3() override;
-    // The TNT members are views into this element's own storage.
+    // The arrays handed to the material are views into this element's own
+    // storage, which a copy would share.
     Membrane3(const Membrane3&) = delete;
     Membrane3& operator=(const Membrane3&) = delete;
 
