@@ -170,22 +170,6 @@ TEST(GenDeck, ToolSurfaceContinuesTheNumberingBelowTheSheet) {
     EXPECT_TRUE(contains(text, "\n1 NODES 1 2 7 MATERIAL SHEET T 1 CONTACT BASIC\n"));
 }
 
-TEST(GenDeck, FrameAddsHingedRodBarsAroundTheSheet) {
-    const fs::path deck = scratchDir("gendeck_frame") / "frame.txt";
-    ASSERT_EQ(generate(deck, "--size 2 2 --div 2 2 --frame 0.5").status, 0);
-    const DeckMesh m = readDeck(deck);
-    expectNumberedWithoutGaps(m);
-    // 4 sides x 3 outer nodes; per side 2 x 3 chords and 3 posts.
-    EXPECT_EQ(m.nodes.size(), 9u + 12u);
-    EXPECT_EQ(m.elements.at("ROD_2").size(), 4u * 9u);
-    // Each outer node lies half a unit outside the sheet.
-    for (int n = 10; n <= 21; ++n) {
-        const auto& x = m.nodes.at(n);
-        const double outside = std::max({-x[0], x[0] - 2.0, -x[1], x[1] - 2.0});
-        EXPECT_NEAR(outside, 0.5, 1e-12) << "node " << n;
-    }
-}
-
 TEST(GenDeck, RejectsAnUnknownNodeSet) {
     const fs::path deck = scratchDir("gendeck_bad") / "bad.txt";
     const auto r = generate(deck, "--mesh disc --clamp left");
