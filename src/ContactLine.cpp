@@ -1,25 +1,242 @@
 #include "ContactLine.h"
 
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+std::string tokenText(const Token& t) {
+    if (t.isAWord()) return t.getWord();
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%g", t.getNumber());
+    return buf;
+}
+
+// Lines closer to parallel than this (sine of the angle) have no single pair
+// of closest points.
+constexpr double parallel_limit_ = 1e-15;
+
+unsigned long search_counter_ = 0;
+
+inline void crossProduct(const double* a, const double* b, double* c) {
+    c[0] = a[1] * b[2] - a[2] * b[1];
+    c[1] = a[2] * b[0] - a[0] * b[2];
+    c[2] = a[0] * b[1] - a[1] * b[0];
+}
+
+inline double dot(const double* a, const double* b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+} // namespace
+
 ContactLine::ContactLine() : direction(3, 0.0), contactParameters(3, 0.0) {
     numberOfNodes = 2;
     vtkCellType = "3";
 }
 
-void ContactLine::parseOstrel(std::vector<Token>, const std::vector<std::shared_ptr<Node>>&,
-                              const std::unordered_map<int, std::shared_ptr<Node>>&,
-                              const std::vector<std::shared_ptr<Material>>&,
-                              const std::vector<std::shared_ptr<Load>>&) {}
-void ContactLine::setInitialConditions() {}
-void ContactLine::updateLocalCoordinateSystem() {}
-void ContactLine::computeContactForces() {}
+ContactLine::~ContactLine() {
+    if (search) search->removeLine(this);
+}
+
+unsigned long ContactLine::nextSearchMark() { return ++search_counter_; }
+
+void ContactLine::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>&,
+                              const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                              const std::vector<std::shared_ptr<Material>>&, const std::vector<std::shared_ptr<Load>>&) {
+    const std::size_t count = tokens.size();
+    std::size_t i = 0;
+    while (i < count) {
+        const Token& key = tokens[i];
+        const std::string word = key.getWord();
+        const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
+        if (key.isAWord() && word == "NODES") {
+            if (i + 2 >= count) throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
+            std::vector<std::shared_ptr<Node>> found;
+            for (std::size_t k = i + 1; k <= i + 2; ++k) {
+                if (tokens[k].isAWord()) throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
+                const int id = static_cast<int>(tokens[k].getNumber());
+                auto it = nodeMap.find(id);
+                if (it == nodeMap.end()) throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
+                found.push_back(it->second);
+            }
+            nodes = found;
+            nodesSet = true;
+            i += 3;
+        } else if (key.isAWord() && word == "R" && numberFollows) {
+            radius = tokens[i + 1].getNumber();
+            radiusSet = true;
+            i += 2;
+        } else if (key.isAWord() && word == "FACTOR" && numberFollows) {
+            factor = tokens[i + 1].getNumber();
+            factorSet = true;
+            i += 2;
+        } else if (key.isAWord() && word == "FRICTION" && numberFollows) {
+            friction = tokens[i + 1].getNumber();
+            frictionSet = true;
+            i += 2;
+        } else {
+            throw std::invalid_argument("Input " + tokenText(key) + " is not recognized");
+        }
+    }
+}
+
+void ContactLine::setInitialConditions() {
+    if (!nodesSet || nodes.size() < 2)
+        throw std::invalid_argument("Nodes are not set for element number " + std::to_string(number));
+    updateLocalCoordinateSystem();
+    if (!factorSet) factor = 10.0;
+    if (!frictionSet) friction = 0.0;
+    if (!radiusSet) radius = 0.1;
+    setBoundingBox();
+    // Line-to-line contact finds this line through its nodes.
+    if (!attached) {
+        nodes[0]->addContactLine(this);
+        nodes[1]->addContactLine(this);
+        attached = true;
+    }
+    if (!search) setContactSearch(ContactSearch::active());
+}
+
+void ContactLine::setContactSearch(std::shared_ptr<ContactSearch> index) {
+    if (search) search->removeLine(this);
+    search = std::move(index);
+    if (search) search->addLine(this);
+}
+
+void ContactLine::updateLocalCoordinateSystem() {
+    const Node& a = *nodes[0];
+    const Node& b = *nodes[1];
+    segment[0] = b.getX_pos() - a.getX_pos();
+    segment[1] = b.getY_pos() - a.getY_pos();
+    segment[2] = b.getZ_pos() - a.getZ_pos();
+    segmentLength = std::sqrt(dot(segment, segment));
+    setBoundingBox();
+}
+
+void ContactLine::setBoundingBox() {
+    const Node& a = *nodes[0];
+    const Node& b = *nodes[1];
+    boundingBox[0] = std::max(a.getY_pos(), b.getY_pos()) + radius;
+    boundingBox[1] = std::min(a.getY_pos(), b.getY_pos()) - radius;
+    boundingBox[2] = std::max(a.getZ_pos(), b.getZ_pos()) + radius;
+    boundingBox[3] = std::min(a.getZ_pos(), b.getZ_pos()) - radius;
+}
+
+bool ContactLine::checkContact(const Node* node) {
+    if (node == nodes[0].get() || node == nodes[1].get()) return false;
+    const double y = node->getY_pos(), z = node->getZ_pos();
+    if (y < boundingBox[1] || y > boundingBox[0] || z < boundingBox[3] || z > boundingBox[2]) return false;
+
+    const Node& a = *nodes[0];
+    const double ap[3] = {node->getX_pos() - a.getX_pos(), y - a.getY_pos(), z - a.getZ_pos()};
+    const double lengthSquared = dot(segment, segment);
+    // A segment of zero length acts as a sphere around its nodes.
+    const double s = lengthSquared > 0.0 ? dot(ap, segment) / lengthSquared : 0.0;
+    const double clamped = s < 0.0 ? 0.0 : (s > 1.0 ? 1.0 : s);
+    double v[3];
+    for (int k = 0; k < 3; ++k) v[k] = ap[k] - clamped * segment[k];
+    const double d = std::sqrt(dot(v, v));
+    if (!(d <= radius)) return false;
+
+    contactParameters[0] = s;
+    contactParameters[2] = d;
+    if (d > 0.0) {
+        for (int k = 0; k < 3; ++k) direction[k] = v[k] / d;
+    } else {
+        // A node on the axis: push it along a fixed normal of the segment, the
+        // one closest to the coordinate axis least aligned with the segment.
+        double u[3] = {0.0, 0.0, 1.0};
+        if (segmentLength > 0.0)
+            for (int k = 0; k < 3; ++k) u[k] = segment[k] / segmentLength;
+        int least = 0;
+        for (int k = 1; k < 3; ++k)
+            if (std::fabs(u[k]) < std::fabs(u[least])) least = k;
+        const double e[3] = {least == 0 ? 1.0 : 0.0, least == 1 ? 1.0 : 0.0, least == 2 ? 1.0 : 0.0};
+        double w[3];
+        crossProduct(u, e, w);
+        const double norm = std::sqrt(dot(w, w));
+        for (int k = 0; k < 3; ++k) direction[k] = w[k] / norm;
+    }
+    return true;
+}
+
+bool ContactLine::checkContact(ContactLine* other) {
+    if (other == this) return false;
+    const Node& b0 = *other->nodes[0];
+    const Node& b1 = *other->nodes[1];
+    if ((b0.getY_pos() < boundingBox[1] && b1.getY_pos() < boundingBox[1]) ||
+        (b0.getY_pos() > boundingBox[0] && b1.getY_pos() > boundingBox[0]) ||
+        (b0.getZ_pos() < boundingBox[3] && b1.getZ_pos() < boundingBox[3]) ||
+        (b0.getZ_pos() > boundingBox[2] && b1.getZ_pos() > boundingBox[2]))
+        return false;
+    const Node* mine[2] = {nodes[0].get(), nodes[1].get()};
+    const Node* theirs[2] = {&b0, &b1};
+    for (const Node* p : mine)
+        for (const Node* q : theirs)
+            if (p == q) return false;
+
+    const Node& a0 = *nodes[0];
+    const double a[3] = {segment[0], segment[1], segment[2]};
+    const double b[3] = {b1.getX_pos() - b0.getX_pos(), b1.getY_pos() - b0.getY_pos(), b1.getZ_pos() - b0.getZ_pos()};
+    double n[3];
+    crossProduct(a, b, n);
+    const double crossNorm = std::sqrt(dot(n, n));
+    if (crossNorm / (std::sqrt(dot(a, a)) * std::sqrt(dot(b, b))) < parallel_limit_) return false;
+    for (double& c : n) c /= crossNorm;
+
+    // s a - t b + d n = B - A: the inverse of [a, -b, n] has the rows
+    // (-b x n), (n x a), (a x -b) divided by the determinant.
+    const double minusB[3] = {-b[0], -b[1], -b[2]};
+    const double r[3] = {b0.getX_pos() - a0.getX_pos(), b0.getY_pos() - a0.getY_pos(), b0.getZ_pos() - a0.getZ_pos()};
+    double row0[3], row1[3], row2[3];
+    crossProduct(minusB, n, row0);
+    crossProduct(n, a, row1);
+    crossProduct(a, minusB, row2);
+    const double det = dot(a, row0);
+    const double s = dot(row0, r) / det, t = dot(row1, r) / det;
+    double d = dot(row2, r) / det;
+    if (!(s >= 0.0 && s <= 1.0 && t >= 0.0 && t <= 1.0 && std::fabs(d) <= radius)) return false;
+    if (d < 0.0) {
+        d = -d;
+        for (double& c : n) c = -c;
+    }
+    contactParameters[0] = s;
+    contactParameters[1] = t;
+    contactParameters[2] = d;
+    for (int k = 0; k < 3; ++k) direction[k] = n[k];
+    return true;
+}
+
+void ContactLine::applyNodeContact(Node& node) {
+    const double f = factor * (1.0 - contactParameters[2] / radius);
+    const double s = contactParameters[0];
+    const double fx = f * direction[0], fy = f * direction[1], fz = f * direction[2];
+    node.addContactForce(fx, fy, fz);
+    nodes[0]->addContactForce(-(1.0 - s) * fx, -(1.0 - s) * fy, -(1.0 - s) * fz);
+    nodes[1]->addContactForce(-s * fx, -s * fy, -s * fz);
+}
+
+void ContactLine::applyLineContact(ContactLine& other) {
+    const double f = factor * (1.0 - contactParameters[2] / radius);
+    const double s = contactParameters[0], t = contactParameters[1];
+    const double fx = f * direction[0], fy = f * direction[1], fz = f * direction[2];
+    nodes[0]->addContactForce(-(1.0 - s) * fx, -(1.0 - s) * fy, -(1.0 - s) * fz);
+    nodes[1]->addContactForce(-s * fx, -s * fy, -s * fz);
+    other.nodes[0]->addContactForce((1.0 - t) * fx, (1.0 - t) * fy, (1.0 - t) * fz);
+    other.nodes[1]->addContactForce(t * fx, t * fy, t * fz);
+}
+
+void ContactLine::computeContactForces() {
+    updateLocalCoordinateSystem();
+    setBoundingBox();
+    visitCandidates(
+        [this](Node* n) {
+            if (checkContact(n)) applyNodeContact(*n);
+        },
+        [this](ContactLine* other) {
+            if (checkContact(other)) applyLineContact(*other);
+        });
+}
+
 std::string ContactLine::printVTK(int what, int component) {
+    if (what == 100 || what == 200 || what == 201) return "0.0";
     return Element::printVTK(what, component);
 }
-bool ContactLine::checkContact(std::shared_ptr<Node>&) {
-    return false;
-}
-bool ContactLine::checkContact(ContactLine*) {
-    return false;
-}
-void ContactLine::setBoundingBox() {}
-void ContactLine::applyNodeContact(Node&) {}

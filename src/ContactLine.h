@@ -1,16 +1,26 @@
-// Penalty contact on a straight segment thickened to a cylinder of radius R.
-// A node within R of the segment is pushed away with f = FACTOR (1 - d/R)
-// along the direction from the closest point; the reaction is shared between
-// the segment's two nodes by the position s of the closest point. Two lines
-// whose segments come within R of each other are pushed apart the same way.
-// Candidates come from the model's chain of nodes ordered by x.
+// Penalty contact on the straight segment A-B between two nodes, thickened to
+// a cylinder of radius R; no mass or stiffness of its own.
+// Node to segment: s = (P - A).(B - A) / |B - A|^2, closest point A, B or
+// A + s (B - A); a node at distance d <= R is pushed along the unit vector n
+// from the closest point with f = FACTOR (1 - d/R), and the segment's nodes
+// take -(1 - s) f n and -s f n.
+// Segment to segment: the closest points of the lines A + s a and B + t b
+// solve A + s a + d n = B + t b with n = a x b / |a x b|; for 0 <= s, t <= 1
+// and |d| <= R the lines are pushed apart with f = FACTOR (1 - |d|/R): this
+// segment's nodes take -(1 - s) f n, -s f n, the other's (1 - t) f n, t f n.
 #pragma once
 
+#include "ContactSearch.h"
 #include "Element.h"
+#include "Node.h"
+
+#include <memory>
+#include <vector>
 
 class ContactLine : public Element {
 public:
     ContactLine();
+    ~ContactLine() override;
 
     void parseOstrel() override {}
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
@@ -30,26 +40,82 @@ public:
     std::string printVTK(int what, int component) override;
 
     std::shared_ptr<Node> getNode(int i) const { return nodes.at(i); }
-    bool checkContact(std::shared_ptr<Node>& node);
+    // Node-to-segment test; on success s, d and the direction stay in the fields.
+    bool checkContact(std::shared_ptr<Node>& node) { return checkContact(node.get()); }
+    bool checkContact(const Node* node);
+    // Segment-to-segment test; on success s, t, d and the direction stay in the fields.
     bool checkContact(ContactLine* other);
+
+    // Visits the candidates of the search: visitNode(Node*) for every node
+    // whose x lies in the line's x range widened by R, and visitLine(ContactLine*)
+    // once for every contact line attached to such a node. Uses the model's
+    // spatial index when there is one, the x-ordered node chain otherwise.
+    template <class NodeVisitor, class LineVisitor> void visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine);
 
     double getRadius() const { return radius; }
     double getFactor() const { return factor; }
     double getFriction() const { return friction; }
     const TNT::Array1D<double>& getDirection() const { return direction; }
     const TNT::Array1D<double>& getContactParameters() const { return contactParameters; }
+    bool usesSpatialIndex() const { return search != nullptr; }
+    // Attaches the line to a spatial index (or, with an empty pointer,
+    // makes it walk the node chain).
+    void setContactSearch(std::shared_ptr<ContactSearch> index);
 
 private:
+    friend class ContactSearch;
+
     void setBoundingBox();
     void applyNodeContact(Node& node);
+    void applyLineContact(ContactLine& other);
+    static unsigned long nextSearchMark();
+    // True the first time a line is met during the current search.
+    bool firstVisit(ContactLine* other) {
+        if (other->visitMark == searchMark) return false;
+        other->visitMark = searchMark;
+        return true;
+    }
 
     double radius = 0.1;
     double factor = 10.0;
     double friction = 0.0;
-    bool radiusSet = false, factorSet = false, frictionSet = false;
+    bool radiusSet = false, factorSet = false, frictionSet = false, nodesSet = false;
     TNT::Array1D<double> direction;
-    TNT::Array1D<double> contactParameters;
-    double boundingBox[4] = {0, 0, 0, 0}; // y-max, y-min, z-max, z-min
+    TNT::Array1D<double> contactParameters; // s, t, d
+    double boundingBox[4] = {0, 0, 0, 0};   // y-max, y-min, z-max, z-min
     double segment[3] = {0, 0, 0};
     double segmentLength = 0.0;
+
+    bool attached = false; // registered with its nodes
+    std::shared_ptr<ContactSearch> search;
+    int searchSlot = -1;
+    unsigned long visitMark = 0;
+    unsigned long searchMark = 0;
 };
+
+template <class NodeVisitor, class LineVisitor>
+void ContactLine::visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine) {
+    searchMark = nextSearchMark();
+    Node* start = nodes[0].get();
+    Node* end = nodes[1].get();
+    if (end->getX_pos() < start->getX_pos()) std::swap(start, end);
+    const double xLow = start->getX_pos() - radius, xHigh = end->getX_pos() + radius;
+
+    if (search && radius > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh)) {
+        search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2], visitNode);
+        search->forEachLine(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
+                            [&](ContactLine* other) {
+                                if (!firstVisit(other)) return;
+                                const double x0 = other->nodes[0]->getX_pos(), x1 = other->nodes[1]->getX_pos();
+                                if ((x0 > xLow && x0 < xHigh) || (x1 > xLow && x1 < xHigh)) visitLine(other);
+                            });
+        return;
+    }
+    auto visit = [&](Node* n) {
+        visitNode(n);
+        for (ContactLine* other : n->contactLineList())
+            if (firstVisit(other)) visitLine(other);
+    };
+    for (Node* n = start->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour()) visit(n);
+    for (Node* n = start->rightNeighbour(); n && n->getX_pos() < xHigh; n = n->rightNeighbour()) visit(n);
+}

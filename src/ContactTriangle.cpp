@@ -1,21 +1,243 @@
 #include "ContactTriangle.h"
 
-ContactTriangle::ContactTriangle() {
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+std::string tokenText(const Token& t) {
+    if (t.isAWord()) return t.getWord();
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%g", t.getNumber());
+    return buf;
+}
+
+std::invalid_argument notRecognized(const Token& t) {
+    return std::invalid_argument("Input " + tokenText(t) + " is not recognized");
+}
+
+// Friction acts on the direction of the slip; below this length the node sticks.
+constexpr double smallest_slip_ = 1e-15;
+// Turning angle (radians) from which a slip counts as reversed.
+constexpr double reversal_angle_ = 1.5708;
+} // namespace
+
+ContactTriangle::ContactTriangle() : origin(3, 0.0), localForce(3, 0.0), localBasis(3, 3, 0.0) {
     numberOfNodes = 3;
     vtkCellType = "5";
 }
 
-void ContactTriangle::parseOstrel(std::vector<Token>, const std::vector<std::shared_ptr<Node>>&,
-                                  const std::unordered_map<int, std::shared_ptr<Node>>&,
+void ContactTriangle::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>&,
+                                  const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                                   const std::vector<std::shared_ptr<Material>>&,
-                                  const std::vector<std::shared_ptr<Load>>&) {}
-void ContactTriangle::setInitialConditions() {}
-void ContactTriangle::updateLocalCoordinateSystem() {}
-void ContactTriangle::computeContactForces() {}
+                                  const std::vector<std::shared_ptr<Load>>&) {
+    const std::size_t count = tokens.size();
+    std::size_t i = 0;
+    while (i < count) {
+        const Token& key = tokens[i];
+        const std::string word = key.getWord();
+        const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
+        if (key.isAWord() && word == "NODES") {
+            if (i + 3 >= count) throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
+            std::vector<std::shared_ptr<Node>> found;
+            for (std::size_t k = i + 1; k <= i + 3; ++k) {
+                if (tokens[k].isAWord())
+                    throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
+                const int id = static_cast<int>(tokens[k].getNumber());
+                auto it = nodeMap.find(id);
+                if (it == nodeMap.end()) throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
+                found.push_back(it->second);
+            }
+            nodes = found;
+            nodesSet = true;
+            i += 4;
+        } else if (key.isAWord() && word == "T" && numberFollows) {
+            thickness = tokens[i + 1].getNumber();
+            thicknessSet = true;
+            i += 2;
+        } else if (key.isAWord() && word == "FACTOR" && numberFollows) {
+            factor = tokens[i + 1].getNumber();
+            factorSet = true;
+            i += 2;
+        } else if (key.isAWord() && word == "FRICTION" && numberFollows) {
+            friction = tokens[i + 1].getNumber();
+            frictionSet = true;
+            i += 2;
+        } else if (key.isAWord() && word == "TYPE" && i + 1 < count && tokens[i + 1].isAWord()) {
+            const std::string type = tokens[i + 1].getWord();
+            if (type == "SOLID")
+                contactType = 1;
+            else if (type == "SHELL")
+                contactType = 0;
+            else
+                throw notRecognized(tokens[i + 1]);
+            i += 2;
+        } else {
+            throw notRecognized(key);
+        }
+    }
+}
+
+void ContactTriangle::setInitialConditions() {
+    if (!nodesSet || nodes.size() < 3)
+        throw std::invalid_argument("Nodes are not set for element number " + std::to_string(number));
+    updateLocalCoordinateSystem();
+    if (!factorSet) factor = 10.0;
+    if (!frictionSet) friction = 0.0;
+    if (!thicknessSet) thickness = 1.0;
+    setBoundingBox();
+    if (!search) setContactSearch(ContactSearch::active());
+}
+
+void ContactTriangle::setContactSearch(std::shared_ptr<ContactSearch> index) {
+    search = std::move(index);
+    if (search) search->addTriangle();
+}
+
+void ContactTriangle::updateLocalCoordinateSystem() {
+    const Node& n1 = *nodes[0];
+    const Node& n2 = *nodes[1];
+    const Node& n3 = *nodes[2];
+    calculateLocalBasis(n1.getX_pos(), n1.getY_pos(), n1.getZ_pos(), n2.getX_pos(), n2.getY_pos(), n2.getZ_pos(),
+                        n3.getX_pos(), n3.getY_pos(), n3.getZ_pos(), localBasis);
+    const Node* n[3] = {&n1, &n2, &n3};
+    double xi[3][3];
+    for (int a = 0; a < 3; ++a) {
+        const double x = n[a]->getX_pos(), y = n[a]->getY_pos(), z = n[a]->getZ_pos();
+        for (int r = 0; r < 3; ++r) xi[a][r] = localBasis[r][0] * x + localBasis[r][1] * y + localBasis[r][2] * z;
+    }
+    for (int r = 0; r < 3; ++r) origin[r] = xi[0][r];
+    for (int a = 0; a < 3; ++a)
+        for (int r = 0; r < 3; ++r) localCoordinates[a][r] = xi[a][r] - xi[0][r];
+
+    const double x2 = localCoordinates[1][0], x3 = localCoordinates[2][0], y3 = localCoordinates[2][1];
+    area = 0.5 * x2 * y3;
+    const double twoA = x2 * y3;
+    shapeCoefficients[0] = x2 * y3 / twoA;
+    shapeCoefficients[1] = -y3 / twoA;
+    shapeCoefficients[2] = (x3 - x2) / twoA;
+    shapeCoefficients[3] = y3 / twoA;
+    shapeCoefficients[4] = -x3 / twoA;
+    shapeCoefficients[5] = x2 / twoA;
+    setBoundingBox();
+}
+
+void ContactTriangle::setBoundingBox() {
+    double yMin = nodes[0]->getY_pos(), yMax = yMin, zMin = nodes[0]->getZ_pos(), zMax = zMin;
+    for (int a = 1; a < 3; ++a) {
+        const double y = nodes[a]->getY_pos(), z = nodes[a]->getZ_pos();
+        if (y < yMin) yMin = y;
+        if (y > yMax) yMax = y;
+        if (z < zMin) zMin = z;
+        if (z > zMax) zMax = z;
+    }
+    boundingBox[0] = yMax + thickness;
+    boundingBox[1] = yMin - thickness;
+    boundingBox[2] = zMax + thickness;
+    boundingBox[3] = zMin - thickness;
+}
+
+bool ContactTriangle::checkContact(const Node* node) {
+    const double x = node->getX_pos(), y = node->getY_pos(), z = node->getZ_pos();
+    if (y < boundingBox[1] || y > boundingBox[0] || z < boundingBox[3] || z > boundingBox[2]) return false;
+    if (node == nodes[0].get() || node == nodes[1].get() || node == nodes[2].get()) return false;
+
+    double p[3];
+    for (int r = 0; r < 3; ++r)
+        p[r] = localBasis[r][0] * x + localBasis[r][1] * y + localBasis[r][2] * z - origin[r];
+    const double* c = shapeCoefficients;
+    areaCoordinates[0] = c[0] + c[1] * p[0] + c[2] * p[1];
+    areaCoordinates[1] = c[3] * p[0] + c[4] * p[1];
+    areaCoordinates[2] = c[5] * p[1];
+    for (int r = 0; r < 3; ++r) localPosition[r] = p[r];
+    if (areaCoordinates[0] < 0.0 || areaCoordinates[1] < 0.0 || areaCoordinates[2] < 0.0) return false;
+
+    if (contactType == 0) {
+        const double half = 0.5 * thickness;
+        if (std::fabs(p[2]) > half) return false;
+        gap = p[2] > 0.0 ? p[2] - half : p[2] + half;
+        return true;
+    }
+    if (contactType == 1) {
+        if (p[2] > 0.0) return false;
+        gap = p[2];
+        return true;
+    }
+    return true;
+}
+
+void ContactTriangle::addFriction(const Node* node) {
+    const double px = localPosition[0], py = localPosition[1];
+    // The tangential force must oppose the slip on the side the node is pushed
+    // from: a node pushed along +e3 (fn < 0: SHELL above the mid-surface, or
+    // any SOLID contact) takes s = -1, a SHELL node pushed along -e3 s = +1.
+    const double sign = localForce[2] < 0.0 ? -1.0 : 1.0;
+    FrictionData* record = nullptr;
+    for (auto& r : frictionHistory)
+        if (r.node == node) {
+            record = &r;
+            break;
+        }
+    if (!record) {
+        FrictionData first;
+        first.node = node;
+        first.x = px;
+        first.y = py;
+        frictionHistory.push_back(first);
+        return;
+    }
+    const double dx = px - record->x, dy = py - record->y;
+    const double length = std::sqrt(dx * dx + dy * dy);
+    double k = 0.5; // first slip
+    if (record->incrementSet) {
+        const double previous = std::sqrt(record->dx * record->dx + record->dy * record->dy);
+        const double c = (record->dx * dx + record->dy * dy) / (previous * length);
+        if (c > 1.0)
+            k = 1.0;
+        else if (c < -1.0)
+            k = 0.5;
+        else
+            k = std::acos(c) < reversal_angle_ ? 1.0 : 0.5;
+    }
+    record->x = px;
+    record->y = py;
+    record->dx = dx;
+    record->dy = dy;
+    record->positionSet = record->incrementSet = true;
+    if (length < smallest_slip_) return;
+    const double scale = sign * k * friction * localForce[2] / length;
+    localForce[0] += scale * dx;
+    localForce[1] += scale * dy;
+}
+
+void ContactTriangle::applyContact(Node* node) {
+    const double fn = contactType == 0 ? factor * gap / (0.5 * thickness) : factor * gap;
+    localForce[0] = 0.0;
+    localForce[1] = 0.0;
+    localForce[2] = fn;
+    totalContactForce += fn;
+    if (frictionSet) addFriction(node);
+    double global[3];
+    for (int j = 0; j < 3; ++j)
+        global[j] = localBasis[0][j] * localForce[0] + localBasis[1][j] * localForce[1] +
+                    localBasis[2][j] * localForce[2];
+    for (int j = 0; j < 3; ++j) localForce[j] = global[j];
+    node->addContactForce(-global[0], -global[1], -global[2]);
+    for (int a = 0; a < 3; ++a) {
+        const double N = areaCoordinates[a];
+        nodes[a]->addContactForce(N * global[0], N * global[1], N * global[2]);
+    }
+}
+
+void ContactTriangle::computeContactForces() {
+    totalContactForce = 0.0;
+    setBoundingBox();
+    visitCandidates([this](Node* n) {
+        if (checkContact(n)) applyContact(n);
+    });
+}
+
 std::string ContactTriangle::printVTK(int what, int component) {
+    if (what == 100 || what == 200 || what == 201) return "0.0";
     return Element::printVTK(what, component);
 }
-bool ContactTriangle::checkContact(std::shared_ptr<Node>&) {
-    return false;
-}
-void ContactTriangle::computeFrictionForces(std::shared_ptr<Node>) {}

@@ -1,15 +1,33 @@
-// Penalty contact surface on a triangle. Each step the nodes near the triangle
-// (found through the model's chain of nodes ordered by x) are tested; a node
-// that penetrates by a gap g (SHELL: two-sided, thickness T; SOLID: one-sided)
-// receives the normal force f_n = FACTOR g / (T/2) (SHELL) or FACTOR g (SOLID)
-// pushing it out, plus an optional Coulomb-like friction force; the reaction
-// goes to the triangle's nodes by the area coordinates of the contact point.
+// Penalty contact surface on a triangle, with no mass or stiffness of its own.
+// In the triangle's local frame R (e1 along edge 1-2, e3 the unit normal) a
+// node at p = R (x - x1) lies over the face when its area coordinates
+//   N1 = c0 + c1 px + c2 py,  N2 = c3 px + c4 py,  N3 = c5 py
+// are all non-negative. SHELL (two-sided, thickness T): the node penetrates
+// when |pz| <= T/2, gap g = pz -+ T/2, normal force fn = FACTOR g / (T/2).
+// SOLID (one-sided): the node penetrates when pz <= 0, g = pz, fn = FACTOR g.
+// With friction mu the tangential force mu |fn| opposes the slip increment of
+// the node in the local plane, halved on the first slip and whenever the slip
+// turns by a right angle or more. The node receives -R^T f and the triangle's
+// nodes receive N_i R^T f, so the contact forces are self-equilibrated.
 #pragma once
 
+#include "ContactSearch.h"
 #include "Element.h"
+#include "Node.h"
+
+#include <memory>
+#include <vector>
 
 class ContactTriangle : public Element {
 public:
+    // Friction state of one node that has touched the triangle.
+    struct FrictionData {
+        const Node* node = nullptr;
+        double x = 0.0, y = 0.0;   // last in-plane local position
+        double dx = 0.0, dy = 0.0; // last slip increment
+        bool positionSet = false, incrementSet = false;
+    };
+
     ContactTriangle();
 
     void parseOstrel() override {}
@@ -29,13 +47,86 @@ public:
     void computeContactForces() override;
     std::string printVTK(int what, int component) override;
 
-    bool checkContact(std::shared_ptr<Node>& node);
-    void computeFrictionForces(std::shared_ptr<Node> node);
+    // Penetration test of one node against the current geometry; on success
+    // the gap, the area coordinates and the local position stay in the fields.
+    bool checkContact(std::shared_ptr<Node>& node) { return checkContact(node.get()); }
+    bool checkContact(const Node* node);
+    // Adds the friction part of the contact force being built for a node that
+    // has just passed checkContact.
+    void computeFrictionForces(std::shared_ptr<Node> node) { addFriction(node.get()); }
 
+    // Visits every candidate node of the search: each node whose x lies in
+    // the triangle's x range widened by T/2 (the triangle's own nodes may be
+    // among them). Uses the model's spatial index when there is one, the
+    // x-ordered node chain otherwise.
+    template <class Visitor> void visitCandidates(Visitor&& visit);
+
+    double getThickness() const { return thickness; }
+    double getFactor() const { return factor; }
+    double getFriction() const { return friction; }
+    int getContactType() const { return contactType; }
+    double getArea() const { return area; }
     double getGap() const { return gap; }
     double getTotalContactForce() const { return totalContactForce; }
+    const double* getAreaCoordinates() const { return areaCoordinates; }
+    const double* getLocalPosition() const { return localPosition; }
+    const TNT::Array1D<double>& getLocalForce() const { return localForce; }
+    const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
+    const std::vector<FrictionData>& getFrictionHistory() const { return frictionHistory; }
+    bool usesSpatialIndex() const { return search != nullptr; }
+    // Attaches the triangle to a spatial index (or, with an empty pointer,
+    // makes it walk the node chain).
+    void setContactSearch(std::shared_ptr<ContactSearch> index);
 
 private:
+    void setBoundingBox();
+    void addFriction(const Node* node);
+    void applyContact(Node* node);
+
+    double thickness = 1.0;
+    double factor = 10.0;
+    double friction = 0.0;
+    int contactType = 0; // 0 SHELL, 1 SOLID
+    bool thicknessSet = false, nodesSet = false, factorSet = false, frictionSet = false;
+    double area = 0.0;
+    double localCoordinates[3][3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
+    TNT::Array1D<double> origin;
+    double shapeCoefficients[6] = {0, 0, 0, 0, 0, 0};
+    double areaCoordinates[3] = {0, 0, 0};
+    double localPosition[3] = {0, 0, 0};
     double gap = 0.0;
+    double boundingBox[4] = {0, 0, 0, 0}; // y-max, y-min, z-max, z-min
+    TNT::Array1D<double> localForce;
     double totalContactForce = 0.0;
+    std::vector<FrictionData> frictionHistory;
+    TNT::Array2D<double> localBasis;
+    std::shared_ptr<ContactSearch> search;
 };
+
+template <class Visitor> void ContactTriangle::visitCandidates(Visitor&& visit) {
+    // Smallest and largest x among the nodes, the first in node order on a tie.
+    Node* low = nodes[0].get();
+    Node* high = nodes[0].get();
+    for (int i = 1; i < 3; ++i) {
+        Node* n = nodes[i].get();
+        if (n->getX_pos() < low->getX_pos()) low = n;
+        if (n->getX_pos() > high->getX_pos()) high = n;
+    }
+    const double half = 0.5 * thickness;
+    const double xLow = low->getX_pos() - half, xHigh = high->getX_pos() + half;
+    if (search && half > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh)) {
+        search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2], visit);
+        return;
+    }
+    // Along the chain: leftwards from the lowest node, then rightwards from it
+    // through the highest node and on while x < x(high) + T/2.
+    for (Node* n = low->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour()) visit(n);
+    bool passedHigh = (low == high);
+    for (Node* n = low->rightNeighbour(); n && (!passedHigh || n->getX_pos() < xHigh); n = n->rightNeighbour()) {
+        if (n == high) {
+            passedHigh = true;
+            continue;
+        }
+        visit(n);
+    }
+}

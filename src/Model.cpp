@@ -2,6 +2,7 @@
 
 #include "Amplitude.h"
 #include "Constraint.h"
+#include "ContactSearch.h"
 #include "ControlSet.h"
 #include "Element.h"
 #include "Load.h"
@@ -190,8 +191,18 @@ void Model::setInitialConditions() {
             if (i > 0) nodes[i]->setLeftNode(nodes[i - 1]);
         }
 
-        for (auto& e : elements)
-            e->setInitialConditions();
+        contactSearch = std::make_shared<ContactSearch>();
+        {
+            // Contact elements, also those that structural elements own,
+            // attach to the model's search index while they are initialised.
+            ContactSearch::Scope scope(contactSearch);
+            for (auto& e : elements)
+                e->setInitialConditions();
+        }
+        if (contactSearch->isUsed())
+            contactSearch->update(nodes);
+        else
+            contactSearch.reset();
         for (auto& c : constraints)
             c->setInitialConditions();
         controlSet->setInitialConditions();
@@ -276,6 +287,7 @@ void Model::step(double& candidateStep) {
                                      ": the integration is unstable (a time step above the critical one?)");
     }
     checkNeighbours();
+    if (contactSearch) contactSearch->update(nodes);
     if (automaticTimeStep) timeStep = candidateStep;
 }
 
@@ -325,6 +337,18 @@ void Model::solve() {
 }
 
 void Model::checkNeighbours() {
+    // One pass that bubbles every node to its place can leave an inversion
+    // behind: a node moving left out of a pair (L, n) makes L adjacent to n's
+    // right neighbour, and the pass does not come back to them. Passes are
+    // repeated until one makes no swap; each swap removes one inversion and
+    // equal x never swap, so the chain ends sorted and stable.
+    bool swapped = true;
+    while (swapped)
+        swapped = sortNeighbourPass();
+}
+
+bool Model::sortNeighbourPass() {
+    bool swapped = false;
     for (auto& current : nodes) {
         Node* n = current.get();
         while (true) {
@@ -342,6 +366,7 @@ void Model::checkNeighbours() {
                 left->setLeftNode(self);
                 left->setRightNode(rightShared);
                 if (rightShared) rightShared->setLeftNode(leftShared);
+                swapped = true;
             } else if (right && n->getX_pos() > right->getX_pos()) {
                 // ... L <-> n <-> R <-> R2 ...  becomes  ... L <-> R <-> n <-> R2 ...
                 std::shared_ptr<Node> self = right->getLeftNode();
@@ -354,9 +379,11 @@ void Model::checkNeighbours() {
                 right->setRightNode(self);
                 right->setLeftNode(leftShared);
                 if (leftShared) leftShared->setRightNode(rightShared);
+                swapped = true;
             } else {
                 break;
             }
         }
     }
+    return swapped;
 }

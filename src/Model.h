@@ -19,6 +19,7 @@ class Tracker;
 class Amplitude;
 class Writer;
 class Logger;
+class ContactSearch;
 
 class Model {
 public:
@@ -32,6 +33,8 @@ public:
     void solve();
     // Restores the ascending-x order of the node chain after the nodes moved.
     void checkNeighbours();
+    // Spatial index of the contact search, present when the model has contact elements.
+    const std::shared_ptr<ContactSearch>& getContactSearch() const { return contactSearch; }
     void print_what(const std::exception& e);
 
     int getNumberOfAmplitudes() const { return numberOfAmplitudes; }
@@ -50,6 +53,8 @@ public:
 
 private:
     void checkNodeNumbering();
+    // One insertion pass over the node vector; true when it swapped a pair.
+    bool sortNeighbourPass();
 
     std::filesystem::path inputPath;
     int id;
@@ -75,4 +80,5 @@ private:
     bool automaticTimeStep = false;
     double internalEnergy = 0.0, kineticEnergy = 0.0;
     std::string unusedText;
+    std::shared_ptr<ContactSearch> contactSearch;
 };

@@ -1,0 +1,159 @@
+#include "ContactSearch.h"
+
+#include "ContactLine.h"
+
+#include <algorithm>
+
+namespace {
+// The index that contact elements initialised right now attach to.
+std::shared_ptr<ContactSearch> active_search_;
+
+// Lines whose rectangle covers more cells than this are scanned by every
+// query instead of being copied into all of their cells.
+constexpr int max_cells_per_line_ = 64;
+} // namespace
+
+ContactSearch::Scope::Scope(std::shared_ptr<ContactSearch> search) : previous(std::move(active_search_)) {
+    active_search_ = std::move(search);
+}
+
+ContactSearch::Scope::~Scope() { active_search_ = std::move(previous); }
+
+std::shared_ptr<ContactSearch> ContactSearch::active() { return active_search_; }
+
+void ContactSearch::addLine(ContactLine* line) {
+    if (line->searchSlot >= 0) return;
+    line->searchSlot = static_cast<int>(lines.size());
+    lines.push_back(line);
+}
+
+void ContactSearch::removeLine(ContactLine* line) {
+    const int slot = line->searchSlot;
+    if (slot < 0 || slot >= static_cast<int>(lines.size()) || lines[slot] != line) return;
+    lines[slot] = lines.back();
+    lines[slot]->searchSlot = slot;
+    lines.pop_back();
+    line->searchSlot = -1;
+    // The bins may still hold the line until the next update.
+    auto drop = [line](std::vector<ContactLine*>& v) { std::replace(v.begin(), v.end(), line, (ContactLine*)nullptr); };
+    drop(lineItems);
+    looseLines.erase(std::remove(looseLines.begin(), looseLines.end(), line), looseLines.end());
+}
+
+bool ContactSearch::cellRange(double xLow, double xHigh, double yLow, double yHigh, double zLow, double zHigh,
+                              int& x0, int& x1, int& s0, int& s1) const {
+    if (!(xLow <= xHigh)) return false;
+    x0 = cellX(xLow);
+    x1 = cellX(xHigh);
+    const double sLow = axis == 1 ? yLow : zLow, sHigh = axis == 1 ? yHigh : zHigh;
+    if (sLow <= sHigh) {
+        s0 = cellS(sLow);
+        s1 = cellS(sHigh);
+    } else if (sLow > sHigh) {
+        return false;
+    } else {
+        // An undefined box rejects nothing in the elements' own test: search all.
+        s0 = 0;
+        s1 = cellsS - 1;
+    }
+    return true;
+}
+
+bool ContactSearch::lineCells(const ContactLine& line, int& x0, int& x1, int& s0, int& s1) const {
+    const Node& a = *line.getNodes()[0];
+    const Node& b = *line.getNodes()[1];
+    const double xa = a.getX_pos(), xb = b.getX_pos(), sa = secondary(a), sb = secondary(b);
+    if (!std::isfinite(xa) || !std::isfinite(xb) || !std::isfinite(sa) || !std::isfinite(sb)) return false;
+    x0 = cellX(std::min(xa, xb));
+    x1 = cellX(std::max(xa, xb));
+    s0 = cellS(std::min(sa, sb));
+    s1 = cellS(std::max(sa, sb));
+    return (x1 - x0 + 1) * (s1 - s0 + 1) <= max_cells_per_line_;
+}
+
+void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
+    // Extent of the finite positions; the second axis is the wider of y and z.
+    double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
+    bool first = true;
+    int binned = 0;
+    for (const auto& node : nodes) {
+        const double c[3] = {node->getX_pos(), node->getY_pos(), node->getZ_pos()};
+        if (!std::isfinite(c[0]) || !std::isfinite(c[1]) || !std::isfinite(c[2])) continue;
+        ++binned;
+        for (int k = 0; k < 3; ++k) {
+            if (first || c[k] < lo[k]) lo[k] = c[k];
+            if (first || c[k] > hi[k]) hi[k] = c[k];
+        }
+        first = false;
+    }
+    axis = (hi[2] - lo[2] > hi[1] - lo[1]) ? 2 : 1;
+    originX = lo[0];
+    originS = lo[axis];
+    const double lengthX = hi[0] - lo[0], lengthS = hi[axis] - lo[axis];
+
+    // About one cell per node, square where both spreads allow it.
+    const int target = std::max(binned, 1);
+    cellsX = cellsS = 1;
+    if (lengthX > 0.0 && lengthS > 0.0) {
+        const double side = std::sqrt(lengthX * lengthS / target);
+        const double nx = std::floor(lengthX / side), ns = std::floor(lengthS / side);
+        if (nx < 1.0) {
+            cellsS = target;
+        } else if (ns < 1.0) {
+            cellsX = target;
+        } else {
+            cellsX = static_cast<int>(std::min<double>(nx, target));
+            cellsS = static_cast<int>(std::min<double>(ns, target));
+        }
+    } else if (lengthX > 0.0) {
+        cellsX = target;
+    } else if (lengthS > 0.0) {
+        cellsS = target;
+    }
+    sizeX = lengthX > 0.0 ? lengthX / cellsX : 1.0;
+    sizeS = lengthS > 0.0 ? lengthS / cellsS : 1.0;
+    const int cells = cellsX * cellsS;
+
+    // Nodes: counting sort into the cells, in the order of the node vector.
+    nodeStart.assign(cells + 1, 0);
+    cellOfNode.resize(nodes.size());
+    looseNodes.clear();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        const Node& n = *nodes[i];
+        const double x = n.getX_pos(), s = secondary(n);
+        if (!std::isfinite(x) || !std::isfinite(n.getY_pos()) || !std::isfinite(n.getZ_pos())) {
+            cellOfNode[i] = -1;
+            looseNodes.push_back(nodes[i].get());
+            continue;
+        }
+        const int cell = cellX(x) * cellsS + cellS(s);
+        cellOfNode[i] = cell;
+        ++nodeStart[cell + 1];
+    }
+    for (int c = 0; c < cells; ++c) nodeStart[c + 1] += nodeStart[c];
+    nodeItems.resize(nodeStart[cells]);
+    cursor.assign(nodeStart.begin(), nodeStart.end() - 1);
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        if (cellOfNode[i] >= 0) nodeItems[cursor[cellOfNode[i]]++] = nodes[i].get();
+
+    // Lines: every cell that the segment's rectangle covers.
+    lineStart.assign(cells + 1, 0);
+    looseLines.clear();
+    int x0, x1, s0, s1;
+    for (ContactLine* line : lines) {
+        if (!lineCells(*line, x0, x1, s0, s1)) {
+            looseLines.push_back(line);
+            continue;
+        }
+        for (int i = x0; i <= x1; ++i)
+            for (int j = s0; j <= s1; ++j) ++lineStart[i * cellsS + j + 1];
+    }
+    for (int c = 0; c < cells; ++c) lineStart[c + 1] += lineStart[c];
+    lineItems.resize(lineStart[cells]);
+    cursor.assign(lineStart.begin(), lineStart.end() - 1);
+    for (ContactLine* line : lines) {
+        if (!lineCells(*line, x0, x1, s0, s1)) continue;
+        for (int i = x0; i <= x1; ++i)
+            for (int j = s0; j <= s1; ++j) lineItems[cursor[i * cellsS + j]++] = line;
+    }
+}

@@ -1,0 +1,116 @@
+// Spatial index for the contact search: the model's nodes and contact lines
+// binned on a uniform grid over x and the wider of the y and z spreads,
+// rebuilt once per increment after the nodes have moved. A contact element asks
+// for the nodes whose x lies strictly inside its x range; the grid only saves
+// visiting nodes that are far away in the second coordinate, so the nodes an
+// element accepts are exactly those a walk along the x-ordered node chain
+// accepts (every element still applies its own y/z box test). Contact lines are
+// binned by the rectangle of their segment, because a line can cross an
+// element's box while both of its nodes lie outside it.
+#pragma once
+
+#include "Node.h"
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+class ContactLine;
+
+class ContactSearch {
+public:
+    // While a Scope is alive, contact elements that are initialised attach
+    // themselves to its index (ContactSearch::active()); the previous index
+    // is restored when the scope ends.
+    class Scope {
+    public:
+        explicit Scope(std::shared_ptr<ContactSearch> search);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        std::shared_ptr<ContactSearch> previous;
+    };
+    static std::shared_ptr<ContactSearch> active();
+
+    void addTriangle() { ++numberOfTriangles; }
+    void addLine(ContactLine* line);
+    void removeLine(ContactLine* line);
+    bool isUsed() const { return numberOfTriangles > 0 || !lines.empty(); }
+    int getNumberOfLines() const { return static_cast<int>(lines.size()); }
+
+    // Rebinning from the current positions; allocates only while the model
+    // grows, the buffers are reused from one increment to the next.
+    void update(const std::vector<std::shared_ptr<Node>>& nodes);
+
+    // Calls visit(Node*) once for every node with xLow < x < xHigh whose
+    // cell meets [yLow, yHigh] x [zLow, zHigh] (only the binned coordinate is
+    // used, so some visited nodes lie outside that box).
+    template <class Visitor>
+    void forEachNode(double xLow, double xHigh, double yLow, double yHigh, double zLow, double zHigh,
+                     Visitor&& visit) const {
+        int x0, x1, s0, s1;
+        if (!cellRange(xLow, xHigh, yLow, yHigh, zLow, zHigh, x0, x1, s0, s1)) return;
+        for (int i = x0; i <= x1; ++i)
+            for (int j = s0; j <= s1; ++j) {
+                const int cell = i * cellsS + j;
+                for (int k = nodeStart[cell]; k < nodeStart[cell + 1]; ++k) {
+                    Node* n = nodeItems[k];
+                    const double x = n->getX_pos();
+                    if (x > xLow && x < xHigh) visit(n);
+                }
+            }
+        for (Node* n : looseNodes) {
+            const double x = n->getX_pos();
+            if (x > xLow && x < xHigh) visit(n);
+        }
+    }
+
+    // Calls visit(ContactLine*) for every registered line whose segment
+    // rectangle may meet the box; a line can be visited more than once.
+    template <class Visitor>
+    void forEachLine(double xLow, double xHigh, double yLow, double yHigh, double zLow, double zHigh,
+                     Visitor&& visit) const {
+        int x0, x1, s0, s1;
+        if (cellRange(xLow, xHigh, yLow, yHigh, zLow, zHigh, x0, x1, s0, s1)) {
+            for (int i = x0; i <= x1; ++i)
+                for (int j = s0; j <= s1; ++j) {
+                    const int cell = i * cellsS + j;
+                    for (int k = lineStart[cell]; k < lineStart[cell + 1]; ++k)
+                        if (lineItems[k]) visit(lineItems[k]);
+                }
+        }
+        for (ContactLine* line : looseLines) visit(line);
+    }
+
+private:
+    double secondary(const Node& n) const { return axis == 1 ? n.getY_pos() : n.getZ_pos(); }
+    int cellX(double x) const { return clampIndex((x - originX) / sizeX, cellsX); }
+    int cellS(double s) const { return clampIndex((s - originS) / sizeS, cellsS); }
+    static int clampIndex(double v, int count) {
+        if (!(v > 0.0)) return 0;
+        if (v >= count - 1) return count - 1;
+        return static_cast<int>(v);
+    }
+    bool cellRange(double xLow, double xHigh, double yLow, double yHigh, double zLow, double zHigh, int& x0,
+                   int& x1, int& s0, int& s1) const;
+    // Cells covered by a line's segment rectangle, or false when the line goes
+    // to the list that every query scans (non-finite or very long).
+    bool lineCells(const ContactLine& line, int& x0, int& x1, int& s0, int& s1) const;
+
+    int numberOfTriangles = 0;
+    std::vector<ContactLine*> lines;
+
+    int axis = 1; // 1: y, 2: z
+    double originX = 0.0, originS = 0.0, sizeX = 1.0, sizeS = 1.0;
+    int cellsX = 1, cellsS = 1;
+    std::vector<int> nodeStart;
+    std::vector<Node*> nodeItems;
+    std::vector<Node*> looseNodes;
+    std::vector<int> lineStart;
+    std::vector<ContactLine*> lineItems;
+    std::vector<ContactLine*> looseLines;
+    std::vector<int> cellOfNode;
+    std::vector<int> cursor;
+};

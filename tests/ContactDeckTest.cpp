@@ -1,0 +1,97 @@
+// Contact elements declared in a deck: read through the factory, attached to
+// the model's search index, run by the solution loop and written out.
+#include "ContactSearch.h"
+#include "Node.h"
+#include "QuietModel.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+const char* const contact_deck_ = R"(TITLE
+** a shell triangle with a node 0.3 above it, a line with a node 0.3 beside it
+CONTROLS
+RUN FROM 0.0 TO 0.0
+STEP 1.0E-3
+NODES
+1 X 0.0 Y 0.0 Z 0.0
+2 X 1.0 Y 0.0 Z 0.0
+3 X 0.0 Y 1.0 Z 0.0
+4 X 0.25 Y 0.25 Z 0.3
+5 X 3.0 Y 0.0 Z 0.0
+6 X 4.0 Y 0.0 Z 0.0
+7 X 3.25 Y 0.3 Z 0.0
+ELEMENTS TYPE CONTACT_TRIANGLE
+1 NODES 1 2 3 T 1.0 FACTOR 10.0
+ELEMENTS TYPE CONTACT_LINE
+2 NODES 5 6 R 0.5 FACTOR 10.0
+)";
+
+std::shared_ptr<Node> node(Model& m, int number) { return m.getNodeMap().at(number); }
+
+} // namespace
+
+TEST(ContactDeck, OneIncrementAppliesTheContactForces) {
+    contact_test::QuietModel m("contact_deck_step", contact_deck_);
+    ASSERT_NE(m->getContactSearch(), nullptr);
+    EXPECT_EQ(m->getContactSearch()->getNumberOfLines(), 1);
+    double candidate = 90000.0;
+    m->step(candidate);
+    // Forces stay on the nodes until the loop clears them after printing.
+    EXPECT_NEAR(node(*m, 4)->getZContactForce(), 4.0, 1e-12);
+    EXPECT_NEAR(node(*m, 1)->getZContactForce(), -2.0, 1e-12);
+    EXPECT_NEAR(node(*m, 2)->getZContactForce(), -1.0, 1e-12);
+    EXPECT_NEAR(node(*m, 7)->getYContactForce(), 4.0, 1e-12);
+    EXPECT_NEAR(node(*m, 5)->getYContactForce(), -3.0, 1e-12);
+    EXPECT_NEAR(node(*m, 6)->getYContactForce(), -1.0, 1e-12);
+}
+
+TEST(ContactDeck, ModelWithoutContactKeepsNoIndex) {
+    contact_test::QuietModel m("contact_deck_none", "CONTROLS\nSTEP 1.0\nNODES\n1 X 0\n2 X 1\n");
+    EXPECT_EQ(m->getContactSearch(), nullptr);
+    double candidate = 90000.0;
+    m->step(candidate);
+}
+
+TEST(ContactDeck, WholeRunWritesContactCellsWithZeroValues) {
+    std::filesystem::path deck;
+    const auto r = testutil::runDeck("contact_deck_run", contact_deck_, &deck);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(testutil::contains(r.out, " Exit Drapex")) << r.err;
+    EXPECT_EQ(r.err, "");
+    const auto vtk = testutil::readLines(deck.parent_path() / "Results_contact_deck_run" / "contact_deck_run_0.vtk");
+    ASSERT_FALSE(vtk.empty());
+    auto at = [&](const std::string& header) {
+        for (std::size_t i = 0; i < vtk.size(); ++i)
+            if (vtk[i].rfind(header, 0) == 0) return i;
+        ADD_FAILURE() << "missing " << header;
+        return vtk.size();
+    };
+    const std::size_t cells = at("CELLS ");
+    ASSERT_LT(cells + 2, vtk.size());
+    EXPECT_EQ(vtk[cells], "CELLS 2 7");
+    EXPECT_EQ(vtk[cells + 1], "3\t1\t2\t3");
+    EXPECT_EQ(vtk[cells + 2], "2\t5\t6");
+    const std::size_t types = at("CELL_TYPES");
+    ASSERT_LT(types + 2, vtk.size());
+    EXPECT_EQ(vtk[types + 1], "5");
+    EXPECT_EQ(vtk[types + 2], "3");
+    for (const char* label : {"SCALARS E11 FLOAT", "SCALARS S12 FLOAT", "SCALARS S23 FLOAT"}) {
+        const std::size_t k = at(label);
+        ASSERT_LT(k + 2, vtk.size());
+        std::istringstream values(vtk[k + 2]);
+        std::string a, b;
+        values >> a >> b;
+        EXPECT_EQ(a, "0.0");
+        EXPECT_EQ(b, "0.0");
+    }
+}
+
+TEST(ContactDeck, BadNodeInAContactElementNamesTheLine) {
+    const auto r = testutil::runDeck("contact_deck_bad", "CONTROLS\nSTEP 1.0\nNODES\n1 X 0\n2 X 1\n"
+                                                         "ELEMENTS TYPE CONTACT_LINE\n1 NODES 1 99\n");
+    EXPECT_TRUE(testutil::contains(r.err, "At line 7")) << r.err;
+    EXPECT_TRUE(testutil::contains(r.err, " --> Details: Node 99 is not found")) << r.err;
+}

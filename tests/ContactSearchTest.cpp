@@ -1,0 +1,313 @@
+// The contact search must find exactly the contacts that a scan of every node
+// (and every contact line) finds, whether it runs on the spatial index or
+// walks the x-ordered node chain.
+#include "ContactFixtures.h"
+#include "ContactLine.h"
+#include "ContactSearch.h"
+#include "ContactTriangle.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <set>
+
+using contact_test::NodeSet;
+using contact_test::tokens;
+
+namespace {
+
+const std::vector<std::shared_ptr<Material>> no_materials_;
+const std::vector<std::shared_ptr<Load>> no_loads_;
+
+enum class Layout { FlatXY, UprightXZ, Cloud };
+
+std::vector<int> numbers(const std::set<const Node*>& s) {
+    std::vector<int> v;
+    for (const Node* n : s) v.push_back(n->getNumber());
+    std::sort(v.begin(), v.end());
+    return v;
+}
+
+std::vector<int> numbers(const std::set<const ContactLine*>& s) {
+    std::vector<int> v;
+    for (const ContactLine* l : s) v.push_back(l->getNumber());
+    std::sort(v.begin(), v.end());
+    return v;
+}
+
+// Random nodes (a jittered sheet or a cloud, with many equal x values) and
+// contact triangles and lines on nearby nodes.
+struct Scene {
+    NodeSet s;
+    std::vector<std::shared_ptr<ContactTriangle>> triangles;
+    std::vector<std::shared_ptr<ContactLine>> lines;
+    std::shared_ptr<ContactSearch> index = std::make_shared<ContactSearch>();
+    std::mt19937 rng;
+    Layout layout;
+
+    double uniform(double a, double b) { return std::uniform_real_distribution<double>(a, b)(rng); }
+
+    void place(double u, double v, double w, double out[3]) {
+        // u, v span the sheet, w is the thin direction.
+        out[0] = u;
+        out[1] = layout == Layout::UprightXZ ? w : v;
+        out[2] = layout == Layout::UprightXZ ? v : (layout == Layout::Cloud ? 3 * w : w);
+    }
+
+    Scene(unsigned seed, Layout l, int count) : rng(seed), layout(l) {
+        for (int i = 0; i < count; ++i) {
+            double u = uniform(0, 10), v = uniform(0, 10), w = uniform(-0.6, 0.6);
+            if (i % 3 == 0) u = 0.25 * std::floor(u / 0.25); // equal x values
+            double p[3];
+            place(u, v, w, p);
+            s.add(p[0], p[1], p[2]);
+        }
+        s.linkChain();
+        std::uniform_int_distribution<int> pick(0, count - 1);
+        auto near = [&](int i) {
+            for (int tries = 0; tries < 200; ++tries) {
+                const int j = pick(rng);
+                if (j == i) continue;
+                const double dx = s.list[j]->getX_pos() - s.list[i]->getX_pos();
+                const double dy = s.list[j]->getY_pos() - s.list[i]->getY_pos();
+                const double dz = s.list[j]->getZ_pos() - s.list[i]->getZ_pos();
+                if (dx * dx + dy * dy + dz * dz < 2.5 * 2.5) return j;
+            }
+            return (i + 1) % count;
+        };
+        for (int k = 0; k < count / 6; ++k) {
+            const int i = pick(rng), j = near(i);
+            int m = near(i);
+            if (m == j) m = (j + 1) % count;
+            auto t = std::make_shared<ContactTriangle>();
+            t->setNumber(k + 1);
+            const std::string text = "NODES " + std::to_string(i + 1) + " " + std::to_string(j + 1) + " " +
+                                     std::to_string(m + 1) + " T " + std::to_string(uniform(0.1, 1.5)) +
+                                     (k % 2 ? " TYPE SOLID" : " TYPE SHELL");
+            t->parseOstrel(tokens(text), s.list, s.map, no_materials_, no_loads_);
+            t->setInitialConditions();
+            triangles.push_back(t);
+        }
+        for (int k = 0; k < count / 5; ++k) {
+            const int i = pick(rng), j = near(i);
+            auto line = std::make_shared<ContactLine>();
+            line->setNumber(k + 1);
+            const std::string text = "NODES " + std::to_string(i + 1) + " " + std::to_string(j + 1) + " R " +
+                                     std::to_string(uniform(0.05, 0.8));
+            line->parseOstrel(tokens(text), s.list, s.map, no_materials_, no_loads_);
+            line->setInitialConditions();
+            lines.push_back(line);
+        }
+    }
+
+    void useIndex(bool on) {
+        for (auto& t : triangles) t->setContactSearch(on ? index : nullptr);
+        for (auto& l : lines) l->setContactSearch(on ? index : nullptr);
+        if (on) index->update(s.list);
+    }
+
+    // Moves every node by up to `reach` in each direction and restores the chain.
+    void shake(double reach) {
+        for (auto& n : s.list)
+            s.moveTo(n, n->getX_pos() + uniform(-reach, reach), n->getY_pos() + uniform(-reach, reach),
+                     n->getZ_pos() + uniform(-0.3 * reach, 0.3 * reach));
+        s.linkChain();
+        for (auto& t : triangles) t->updateLocalCoordinateSystem();
+        for (auto& l : lines) l->updateLocalCoordinateSystem();
+        index->update(s.list);
+    }
+
+    std::set<const Node*> found(ContactTriangle& t) {
+        std::set<const Node*> hits;
+        t.visitCandidates([&](Node* n) {
+            if (t.checkContact(n)) {
+                EXPECT_TRUE(hits.insert(n).second) << "node visited twice";
+            }
+        });
+        return hits;
+    }
+
+    std::set<const Node*> scanned(ContactTriangle& t) {
+        double lo = 1e300, hi = -1e300;
+        for (auto& n : t.getNodes()) {
+            lo = std::min(lo, n->getX_pos());
+            hi = std::max(hi, n->getX_pos());
+        }
+        lo -= 0.5 * t.getThickness();
+        hi += 0.5 * t.getThickness();
+        std::set<const Node*> hits;
+        for (auto& n : s.list)
+            if (n->getX_pos() > lo && n->getX_pos() < hi && t.checkContact(n.get())) hits.insert(n.get());
+        return hits;
+    }
+
+    void found(ContactLine& l, std::set<const Node*>& nodeHits, std::set<const ContactLine*>& lineHits) {
+        l.visitCandidates(
+            [&](Node* n) {
+                if (l.checkContact(n)) {
+                    EXPECT_TRUE(nodeHits.insert(n).second) << "node visited twice";
+                }
+            },
+            [&](ContactLine* o) {
+                if (l.checkContact(o)) {
+                    EXPECT_TRUE(lineHits.insert(o).second) << "line visited twice";
+                }
+            });
+    }
+
+    void scanned(ContactLine& l, std::set<const Node*>& nodeHits, std::set<const ContactLine*>& lineHits) {
+        const double x0 = l.getNode(0)->getX_pos(), x1 = l.getNode(1)->getX_pos();
+        const double lo = std::min(x0, x1) - l.getRadius(), hi = std::max(x0, x1) + l.getRadius();
+        auto inStrip = [&](const Node& n) { return n.getX_pos() > lo && n.getX_pos() < hi; };
+        for (auto& n : s.list)
+            if (inStrip(*n) && l.checkContact(n.get())) nodeHits.insert(n.get());
+        for (auto& o : lines)
+            if ((inStrip(*o->getNode(0)) || inStrip(*o->getNode(1))) && l.checkContact(o.get()))
+                lineHits.insert(o.get());
+    }
+
+    // Compares index, chain walk and full scan for every element; returns
+    // the number of contacts found.
+    int compareAll() {
+        int contacts = 0;
+        for (auto& t : triangles) {
+            const auto brute = scanned(*t);
+            useIndex(false);
+            const auto walked = found(*t);
+            useIndex(true);
+            const auto indexed = found(*t);
+            EXPECT_EQ(numbers(walked), numbers(brute)) << "triangle " << t->getNumber();
+            EXPECT_EQ(numbers(indexed), numbers(brute)) << "triangle " << t->getNumber();
+            contacts += static_cast<int>(brute.size());
+        }
+        for (auto& l : lines) {
+            std::set<const Node*> bruteNodes, walkNodes, indexNodes;
+            std::set<const ContactLine*> bruteLines, walkLines, indexLines;
+            scanned(*l, bruteNodes, bruteLines);
+            useIndex(false);
+            found(*l, walkNodes, walkLines);
+            useIndex(true);
+            found(*l, indexNodes, indexLines);
+            EXPECT_EQ(numbers(walkNodes), numbers(bruteNodes)) << "line " << l->getNumber();
+            EXPECT_EQ(numbers(indexNodes), numbers(bruteNodes)) << "line " << l->getNumber();
+            EXPECT_EQ(numbers(walkLines), numbers(bruteLines)) << "line " << l->getNumber();
+            EXPECT_EQ(numbers(indexLines), numbers(bruteLines)) << "line " << l->getNumber();
+            contacts += static_cast<int>(bruteNodes.size() + bruteLines.size());
+        }
+        return contacts;
+    }
+};
+
+} // namespace
+
+TEST(ContactSearch, FindsExactlyWhatAFullScanFinds) {
+    int contacts = 0;
+    for (Layout layout : {Layout::FlatXY, Layout::UprightXZ, Layout::Cloud})
+        for (unsigned seed = 1; seed <= 3; ++seed) {
+            Scene scene(seed * 7919u + static_cast<unsigned>(layout), layout, 360);
+            contacts += scene.compareAll();
+            for (int round = 0; round < 3; ++round) {
+                scene.shake(1.2);
+                contacts += scene.compareAll();
+            }
+        }
+    EXPECT_GT(contacts, 500); // the scenes do produce contacts of every kind
+}
+
+TEST(ContactSearch, ChainWalkCoversTheWholeStripOfATriangle) {
+    // Without any box test in the way (every node is visited), the walk visits
+    // exactly the nodes in the open x range, apart from the lowest and highest node.
+    Scene scene(42, Layout::FlatXY, 200);
+    scene.useIndex(false);
+    for (auto& t : scene.triangles) {
+        std::set<const Node*> visited;
+        t->visitCandidates([&](Node* n) { visited.insert(n); });
+        double lo = 1e300, hi = -1e300;
+        const Node *low = nullptr, *high = nullptr;
+        for (auto& n : t->getNodes()) {
+            if (n->getX_pos() < lo) lo = n->getX_pos(), low = n.get();
+            if (n->getX_pos() > hi) hi = n->getX_pos(), high = n.get();
+        }
+        std::set<const Node*> strip;
+        for (auto& n : scene.s.list)
+            if (n->getX_pos() > lo - 0.5 * t->getThickness() && n->getX_pos() < hi + 0.5 * t->getThickness() &&
+                n.get() != low && n.get() != high)
+                strip.insert(n.get());
+        EXPECT_EQ(numbers(visited), numbers(strip)) << "triangle " << t->getNumber();
+    }
+}
+
+TEST(ContactSearch, IndexAndWalkGiveTheSameForces) {
+    Scene scene(2024, Layout::FlatXY, 300);
+    auto run = [&](bool index) {
+        scene.useIndex(index);
+        scene.s.clearForces();
+        for (auto& t : scene.triangles) t->computeContactForces();
+        for (auto& l : scene.lines) l->computeContactForces();
+        std::vector<double> f;
+        for (auto& n : scene.s.list) {
+            f.push_back(n->getXContactForce());
+            f.push_back(n->getYContactForce());
+            f.push_back(n->getZContactForce());
+        }
+        return f;
+    };
+    const auto walked = run(false);
+    const auto indexed = run(true);
+    double largest = 0;
+    for (std::size_t i = 0; i < walked.size(); ++i) {
+        EXPECT_NEAR(indexed[i], walked[i], 1e-9 * (1 + std::fabs(walked[i])));
+        largest = std::max(largest, std::fabs(walked[i]));
+    }
+    EXPECT_GT(largest, 1.0);
+}
+
+TEST(ContactSearch, NodesWithUndefinedPositionsAreNotLost) {
+    // A node whose y is not a number is never rejected by the box tests, so
+    // the index must still hand it over when its x is in range.
+    NodeSet s;
+    s.add(0, 0, 0);
+    s.add(1, 0, 0);
+    s.add(0, 1, 0);
+    auto odd = s.add(0.3, 0.2, 0.1);
+    for (int i = 0; i < 20; ++i) s.add(5 + i, 5, 0);
+    s.linkChain();
+    auto t = std::make_shared<ContactTriangle>();
+    t->parseOstrel(tokens("NODES 1 2 3"), s.list, s.map, no_materials_, no_loads_);
+    t->setInitialConditions();
+    odd->setY_pos(std::nan(""));
+    auto index = std::make_shared<ContactSearch>();
+    t->setContactSearch(index);
+    index->update(s.list);
+    std::set<const Node*> visited;
+    t->visitCandidates([&](Node* n) { visited.insert(n); });
+    EXPECT_EQ(visited.count(odd.get()), 1u);
+}
+
+TEST(ContactSearch, ScopeLendsTheIndexToElementsInitialisedInside) {
+    NodeSet s;
+    s.add(0, 0, 0);
+    s.add(1, 0, 0);
+    s.add(0, 1, 0);
+    auto inside = std::make_shared<ContactLine>();
+    auto outside = std::make_shared<ContactLine>();
+    inside->parseOstrel(tokens("NODES 1 2"), s.list, s.map, no_materials_, no_loads_);
+    outside->parseOstrel(tokens("NODES 2 3"), s.list, s.map, no_materials_, no_loads_);
+    auto index = std::make_shared<ContactSearch>();
+    EXPECT_FALSE(index->isUsed());
+    {
+        ContactSearch::Scope scope(index);
+        EXPECT_EQ(ContactSearch::active(), index);
+        inside->setInitialConditions();
+    }
+    EXPECT_EQ(ContactSearch::active(), nullptr);
+    outside->setInitialConditions();
+    EXPECT_TRUE(inside->usesSpatialIndex());
+    EXPECT_FALSE(outside->usesSpatialIndex());
+    EXPECT_EQ(index->getNumberOfLines(), 1);
+    inside.reset();
+    EXPECT_EQ(index->getNumberOfLines(), 0);
+    EXPECT_FALSE(index->isUsed());
+}

@@ -1,0 +1,352 @@
+#include "ContactFixtures.h"
+#include "ContactTriangle.h"
+#include "ElementLibrary.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <stdexcept>
+
+using contact_test::NodeSet;
+using contact_test::tokens;
+
+namespace {
+
+const std::vector<std::shared_ptr<Material>> no_materials_;
+const std::vector<std::shared_ptr<Load>> no_loads_;
+
+std::shared_ptr<ContactTriangle> parseTriangle(NodeSet& s, const std::string& text, int number = 1) {
+    auto t = std::make_shared<ContactTriangle>();
+    t->setNumber(number);
+    t->parseOstrel(tokens(text), s.list, s.map, no_materials_, no_loads_);
+    return t;
+}
+
+std::shared_ptr<ContactTriangle> makeTriangle(NodeSet& s, const std::string& text) {
+    auto t = parseTriangle(s, text);
+    t->setInitialConditions();
+    return t;
+}
+
+std::string parseError(NodeSet& s, const std::string& text) {
+    try {
+        parseTriangle(s, text)->setInitialConditions();
+    } catch (const std::invalid_argument& e) {
+        return e.what();
+    }
+    return "no error";
+}
+
+void expectForce(const std::shared_ptr<Node>& n, double fx, double fy, double fz, double tol = 1e-12) {
+    EXPECT_NEAR(n->getXContactForce(), fx, tol) << "node " << n->getNumber();
+    EXPECT_NEAR(n->getYContactForce(), fy, tol) << "node " << n->getNumber();
+    EXPECT_NEAR(n->getZContactForce(), fz, tol) << "node " << n->getNumber();
+}
+
+// The unit right triangle (0,0,0) (1,0,0) (0,1,0): its local frame is the
+// global one, so local and global forces coincide.
+struct UnitTriangle : ::testing::Test {
+    NodeSet s;
+    std::shared_ptr<Node> a = s.add(0, 0, 0), b = s.add(1, 0, 0), c = s.add(0, 1, 0);
+};
+
+} // namespace
+
+TEST(ContactTriangleParse, ErrorMessagesAreExact) {
+    NodeSet s;
+    s.add(0, 0, 0);
+    s.add(1, 0, 0);
+    s.add(0, 1, 0);
+    EXPECT_EQ(parseError(s, "NODES 1 2 X"), "Not enough nodes inputs for Element Contact_Triangle");
+    EXPECT_EQ(parseError(s, "NODES 1 2"), "Not enough nodes inputs for Element Contact_Triangle");
+    EXPECT_EQ(parseError(s, "NODES 1 2 99"), "Node 99 is not found");
+    EXPECT_EQ(parseError(s, "NODES 1 2 3 BOGUS 4"), "Input BOGUS is not recognized");
+    EXPECT_EQ(parseError(s, "NODES 1 2 3 TYPE 3"), "Input TYPE is not recognized");
+    EXPECT_EQ(parseError(s, "NODES 1 2 3 TYPE CYLINDER"), "Input CYLINDER is not recognized");
+    EXPECT_EQ(parseError(s, "NODES 1 2 3 T STIFF"), "Input T is not recognized");
+    EXPECT_EQ(parseError(s, "NODES 1 2 3 FACTOR"), "Input FACTOR is not recognized");
+    EXPECT_EQ(parseError(s, "T 0.5"), "Nodes are not set for element number 1");
+}
+
+TEST(ContactTriangleParse, DefaultsAndKeywords) {
+    NodeSet s;
+    s.add(0, 0, 0);
+    s.add(1, 0, 0);
+    s.add(0, 1, 0);
+    auto plain = makeTriangle(s, "NODES 1 2 3");
+    EXPECT_EQ(plain->getThickness(), 1.0);
+    EXPECT_EQ(plain->getFactor(), 10.0);
+    EXPECT_EQ(plain->getFriction(), 0.0);
+    EXPECT_EQ(plain->getContactType(), 0);
+    EXPECT_DOUBLE_EQ(plain->getArea(), 0.5);
+
+    auto full = makeTriangle(s, "TYPE SOLID NODES 3 1 2 T 0.25 FACTOR 200 FRICTION 0.3");
+    EXPECT_EQ(full->getThickness(), 0.25);
+    EXPECT_EQ(full->getFactor(), 200.0);
+    EXPECT_EQ(full->getFriction(), 0.3);
+    EXPECT_EQ(full->getContactType(), 1);
+    ASSERT_EQ(full->getNodes().size(), 3u);
+    EXPECT_EQ(full->getNodes()[0]->getNumber(), 3);
+}
+
+TEST(ContactTriangleParse, MadeByTheFactoryAndWrittenAsTriangle) {
+    auto e = ElementLibrary::getElementOstrel("CONTACT_TRIANGLE");
+    ASSERT_NE(std::dynamic_pointer_cast<ContactTriangle>(e), nullptr);
+    NodeSet s;
+    s.add(0, 0, 0);
+    s.add(1, 0, 0);
+    s.add(0, 1, 0);
+    e->setNumber(4);
+    e->parseOstrel(tokens("NODES 1 2 3"), s.list, s.map, no_materials_, no_loads_);
+    EXPECT_EQ(e->printVTK(0, 0), "5\n");
+    EXPECT_EQ(e->printVTK(1, 0), "3\t1\t2\t3\n");
+    EXPECT_EQ(e->printVTK(100, 0), "0.0");
+    EXPECT_EQ(e->printVTK(200, 3), "0.0");
+    EXPECT_EQ(e->printVTK(201, 0), "0.0");
+    EXPECT_EQ(e->checkTimestep(0.125), 0.125);
+    EXPECT_EQ(e->getNumberOfIntegrationPoints(), 0);
+}
+
+TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
+    auto slave = s.add(0.25, 0.25, 0.3);
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    ASSERT_TRUE(t->checkContact(slave));
+    EXPECT_NEAR(t->getGap(), -0.2, 1e-15);
+
+    t->computeContactForces();
+    // fn = FACTOR gap / (T/2) = -4; the node is pushed out along +e3 and the
+    // reaction is shared by N = (0.5, 0.25, 0.25).
+    EXPECT_NEAR(t->getTotalContactForce(), -4.0, 1e-12);
+    expectForce(slave, 0, 0, 4);
+    expectForce(a, 0, 0, -2);
+    expectForce(b, 0, 0, -1);
+    expectForce(c, 0, 0, -1);
+}
+
+TEST_F(UnitTriangle, ShellNodeBelowIsPushedDown) {
+    auto slave = s.add(0.25, 0.25, -0.3);
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    t->computeContactForces();
+    EXPECT_NEAR(t->getGap(), 0.2, 1e-15);
+    expectForce(slave, 0, 0, -4);
+    expectForce(a, 0, 0, 2);
+}
+
+TEST_F(UnitTriangle, ShellIgnoresNodesBeyondHalfThicknessOrOutsideTheFace) {
+    auto far = s.add(0.25, 0.25, 0.51);
+    auto outside = s.add(0.6, 0.6, 0.1); // N1 = -0.2
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0");
+    EXPECT_FALSE(t->checkContact(far));
+    EXPECT_FALSE(t->checkContact(outside));
+    t->computeContactForces();
+    for (auto& n : s.list) expectForce(n, 0, 0, 0);
+}
+
+TEST_F(UnitTriangle, NodeOnAnEdgeCountsAsInside) {
+    auto onEdge = s.add(0.5, 0.5, 0.1); // on edge 2-3, N1 = 0
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    ASSERT_TRUE(t->checkContact(onEdge));
+    EXPECT_NEAR(t->getAreaCoordinates()[0], 0.0, 1e-15);
+}
+
+TEST_F(UnitTriangle, NodeExactlyAtAVertexTakesTheWholeReaction) {
+    auto slave = s.add(0, 0, 0.3);
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    ASSERT_TRUE(t->checkContact(slave));
+    EXPECT_EQ(t->getAreaCoordinates()[0], 1.0);
+    EXPECT_EQ(t->getAreaCoordinates()[1], 0.0);
+    EXPECT_EQ(t->getAreaCoordinates()[2], 0.0);
+    t->computeContactForces();
+    expectForce(slave, 0, 0, 4);
+    expectForce(a, 0, 0, -4);
+    expectForce(b, 0, 0, 0);
+}
+
+TEST_F(UnitTriangle, SolidNeverTouchesANodeAboveItsFace) {
+    auto above = s.add(0.25, 0.25, 0.01);
+    auto below = s.add(0.3, 0.25, -0.01);
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 TYPE SOLID FACTOR 10");
+    EXPECT_FALSE(t->checkContact(above));
+    ASSERT_TRUE(t->checkContact(below));
+    EXPECT_NEAR(t->getGap(), -0.01, 1e-15);
+    t->computeContactForces();
+    // fn = FACTOR gap = -0.1, pushing the node along +e3.
+    expectForce(above, 0, 0, 0);
+    expectForce(below, 0, 0, 0.1);
+    EXPECT_NEAR(t->getTotalContactForce(), -0.1, 1e-15);
+}
+
+TEST_F(UnitTriangle, NeverPushesItsOwnNodes) {
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 2.0 FACTOR 10");
+    EXPECT_FALSE(t->checkContact(a));
+    t->computeContactForces();
+    for (auto& n : s.list) expectForce(n, 0, 0, 0);
+    EXPECT_EQ(t->getTotalContactForce(), 0.0);
+}
+
+TEST_F(UnitTriangle, NodeOutsideTheWidenedBoxIsSkippedBeforeAreaCoordinates) {
+    auto inside = s.add(0.25, 0.25, 0.1);
+    auto wide = s.add(0.25, 1.25, 0.1); // y beyond 1 + T
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 0.2");
+    ASSERT_TRUE(t->checkContact(inside));
+    const double n1 = t->getAreaCoordinates()[0];
+    EXPECT_FALSE(t->checkContact(wide));
+    EXPECT_EQ(t->getAreaCoordinates()[0], n1);
+}
+
+TEST(ContactTriangleMechanics, TiltedTriangleUsesItsLocalFrame) {
+    // The unit-triangle case rotated by 30 degrees about x and then 45 about z.
+    const double c1 = std::cos(M_PI / 6), s1 = std::sin(M_PI / 6), c2 = std::cos(M_PI / 4), s2 = std::sin(M_PI / 4);
+    auto rotate = [&](double x, double y, double z, double out[3]) {
+        const double y1 = c1 * y - s1 * z, z1 = s1 * y + c1 * z;
+        out[0] = c2 * x - s2 * y1;
+        out[1] = s2 * x + c2 * y1;
+        out[2] = z1;
+    };
+    NodeSet s;
+    double p[3];
+    rotate(0, 0, 0, p);
+    s.add(p[0] + 3, p[1] - 2, p[2] + 1);
+    rotate(1, 0, 0, p);
+    s.add(p[0] + 3, p[1] - 2, p[2] + 1);
+    rotate(0, 1, 0, p);
+    s.add(p[0] + 3, p[1] - 2, p[2] + 1);
+    rotate(0.25, 0.25, 0.3, p);
+    auto slave = s.add(p[0] + 3, p[1] - 2, p[2] + 1);
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    t->computeContactForces();
+    EXPECT_NEAR(t->getGap(), -0.2, 1e-12);
+    double n[3];
+    rotate(0, 0, 1, n);
+    expectForce(slave, 4 * n[0], 4 * n[1], 4 * n[2], 1e-12);
+    expectForce(s.list[0], -2 * n[0], -2 * n[1], -2 * n[2], 1e-12);
+    expectForce(s.list[1], -n[0], -n[1], -n[2], 1e-12);
+}
+
+TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
+    NodeSet s;
+    s.add(0, 0, 0);
+    s.add(2, 0.2, 0.1);
+    s.add(0.3, 1.7, -0.2);
+    for (int i = 0; i < 7; ++i)
+        for (int j = 0; j < 7; ++j) s.add(0.1 + 0.25 * i, 0.1 + 0.22 * j, -0.3 + 0.1 * ((i + j) % 7));
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 0.8 FACTOR 25 FRICTION 0.4");
+    double sum[3] = {0, 0, 0};
+    for (int step = 0; step < 3; ++step) {
+        s.clearForces();
+        for (std::size_t k = 3; k < s.list.size(); ++k)
+            s.list[k]->setX_pos(s.list[k]->getX_pos() + 0.01 * (k % 3)); // some slip
+        s.linkChain();
+        t->updateLocalCoordinateSystem();
+        t->computeContactForces();
+        sum[0] = sum[1] = sum[2] = 0;
+        for (auto& n : s.list) {
+            sum[0] += n->getXContactForce();
+            sum[1] += n->getYContactForce();
+            sum[2] += n->getZContactForce();
+        }
+        for (double v : sum) EXPECT_NEAR(v, 0.0, 1e-12);
+    }
+    double pressed = 0;
+    for (auto& n : s.list) pressed += std::fabs(n->getZContactForce());
+    EXPECT_GT(pressed, 10.0); // several nodes were in contact
+}
+
+namespace {
+// A node in contact on the unit triangle: positions in steps, and the
+// tangential force the node receives at each step.
+struct FrictionRun {
+    NodeSet s;
+    std::shared_ptr<Node> slave;
+    std::shared_ptr<ContactTriangle> t;
+
+    FrictionRun(const std::string& deck, double z) {
+        s.add(0, 0, 0);
+        s.add(1, 0, 0);
+        s.add(0, 1, 0);
+        slave = s.add(0.2, 0.2, z);
+        s.linkChain();
+        t = makeTriangle(s, deck);
+    }
+    void stepTo(double x, double y) {
+        s.clearForces();
+        slave->setX_pos(x);
+        slave->setY_pos(y);
+        s.linkChain();
+        t->updateLocalCoordinateSystem();
+        t->computeContactForces();
+    }
+};
+} // namespace
+
+TEST(ContactTriangleFriction, HalvedOnFirstSlipAndOnReversal) {
+    // SHELL, node above: fn = 10 (-0.2) / 0.5 = -4; mu |fn| = 2.
+    FrictionRun r("NODES 1 2 3 T 1.0 FACTOR 10 FRICTION 0.5", 0.3);
+    r.stepTo(0.2, 0.2); // first contact: recorded, no friction
+    expectForce(r.slave, 0, 0, 4);
+    ASSERT_EQ(r.t->getFrictionHistory().size(), 1u);
+    EXPECT_FALSE(r.t->getFrictionHistory()[0].incrementSet);
+
+    r.stepTo(0.3, 0.2); // first slip: half, against the slip
+    expectForce(r.slave, -1.0, 0, 4);
+    EXPECT_TRUE(r.t->getFrictionHistory()[0].incrementSet);
+    r.stepTo(0.4, 0.2); // same direction: full
+    expectForce(r.slave, -2.0, 0, 4);
+    r.stepTo(0.3, 0.2); // reversal: half
+    expectForce(r.slave, 1.0, 0, 4);
+    r.stepTo(0.2, 0.2); // continued: full
+    expectForce(r.slave, 2.0, 0, 4);
+    r.stepTo(0.2, 0.2); // no slip: no friction
+    expectForce(r.slave, 0, 0, 4);
+    // The triangle's nodes take the reaction: total tangential force is zero.
+    double fx = 0;
+    for (auto& n : r.s.list) fx += n->getXContactForce();
+    EXPECT_NEAR(fx, 0.0, 1e-14);
+}
+
+TEST(ContactTriangleFriction, TurningThresholdIsJustAboveARightAngle) {
+    FrictionRun r("NODES 1 2 3 T 1.0 FACTOR 10 FRICTION 0.5", 0.3);
+    r.stepTo(0.2, 0.2);
+    r.stepTo(0.3, 0.2);
+    r.stepTo(0.4, 0.2);
+    // A turn of exactly 90 degrees: acos(0) = 1.570796... < 1.5708, full friction.
+    r.stepTo(0.4, 0.3);
+    expectForce(r.slave, 0, -2.0, 4);
+    // A turn of 135 degrees: halved, against the new slip (-1, -1)/sqrt(2).
+    r.stepTo(0.3, 0.2);
+    expectForce(r.slave, 1.0 / std::sqrt(2.0), 1.0 / std::sqrt(2.0), 4, 1e-12);
+}
+
+TEST(ContactTriangleFriction, OpposesTheSlipFromBothSidesAndForSolid) {
+    FrictionRun below("NODES 1 2 3 T 1.0 FACTOR 10 FRICTION 0.5", -0.3);
+    below.stepTo(0.2, 0.2);
+    below.stepTo(0.2, 0.3);
+    below.stepTo(0.2, 0.4);
+    expectForce(below.slave, 0, -2.0, -4);
+
+    // SOLID: fn = 10 (-0.1) = -1, mu |fn| = 0.5.
+    FrictionRun solid("NODES 1 2 3 TYPE SOLID FACTOR 10 FRICTION 0.5", -0.1);
+    solid.stepTo(0.2, 0.2);
+    solid.stepTo(0.3, 0.2);
+    solid.stepTo(0.4, 0.2);
+    expectForce(solid.slave, -0.5, 0, 1.0);
+}
+
+TEST(ContactTriangleFriction, NoFrictionKeywordMeansNoHistory) {
+    FrictionRun r("NODES 1 2 3 T 1.0 FACTOR 10", 0.3);
+    r.stepTo(0.2, 0.2);
+    r.stepTo(0.3, 0.2);
+    r.stepTo(0.4, 0.2);
+    expectForce(r.slave, 0, 0, 4);
+    EXPECT_TRUE(r.t->getFrictionHistory().empty());
+}
