@@ -24,7 +24,9 @@ inline void crossProduct(const double* a, const double* b, double* c) {
     c[2] = a[0] * b[1] - a[1] * b[0];
 }
 
-inline double dot(const double* a, const double* b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+inline double dot(const double* a, const double* b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
 } // namespace
 
 ContactLine::ContactLine() : direction(3, 0.0), contactParameters(3, 0.0) {
@@ -36,11 +38,14 @@ ContactLine::~ContactLine() {
     if (search) search->removeLine(this);
 }
 
-unsigned long ContactLine::nextSearchMark() { return ++search_counter_; }
+unsigned long ContactLine::nextSearchMark() {
+    return ++search_counter_;
+}
 
 void ContactLine::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>&,
                               const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
-                              const std::vector<std::shared_ptr<Material>>&, const std::vector<std::shared_ptr<Load>>&) {
+                              const std::vector<std::shared_ptr<Material>>&,
+                              const std::vector<std::shared_ptr<Load>>&) {
     const std::size_t count = tokens.size();
     std::size_t i = 0;
     while (i < count) {
@@ -48,13 +53,16 @@ void ContactLine::parseOstrel(std::vector<Token> tokens, const std::vector<std::
         const std::string word = key.getWord();
         const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
         if (key.isAWord() && word == "NODES") {
-            if (i + 2 >= count) throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
+            if (i + 2 >= count)
+                throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
             std::vector<std::shared_ptr<Node>> found;
             for (std::size_t k = i + 1; k <= i + 2; ++k) {
-                if (tokens[k].isAWord()) throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
+                if (tokens[k].isAWord())
+                    throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
                 const int id = static_cast<int>(tokens[k].getNumber());
                 auto it = nodeMap.find(id);
-                if (it == nodeMap.end()) throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
+                if (it == nodeMap.end())
+                    throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
                 found.push_back(it->second);
             }
             nodes = found;
@@ -132,20 +140,23 @@ bool ContactLine::checkContact(const Node* node) {
     const double s = lengthSquared > 0.0 ? dot(ap, segment) / lengthSquared : 0.0;
     const double clamped = s < 0.0 ? 0.0 : (s > 1.0 ? 1.0 : s);
     double v[3];
-    for (int k = 0; k < 3; ++k) v[k] = ap[k] - clamped * segment[k];
+    for (int k = 0; k < 3; ++k)
+        v[k] = ap[k] - clamped * segment[k];
     const double d = std::sqrt(dot(v, v));
     if (!(d <= radius)) return false;
 
     contactParameters[0] = s;
     contactParameters[2] = d;
     if (d > 0.0) {
-        for (int k = 0; k < 3; ++k) direction[k] = v[k] / d;
+        for (int k = 0; k < 3; ++k)
+            direction[k] = v[k] / d;
     } else {
         // A node on the axis: push it along a fixed normal of the segment, the
         // one closest to the coordinate axis least aligned with the segment.
         double u[3] = {0.0, 0.0, 1.0};
         if (segmentLength > 0.0)
-            for (int k = 0; k < 3; ++k) u[k] = segment[k] / segmentLength;
+            for (int k = 0; k < 3; ++k)
+                u[k] = segment[k] / segmentLength;
         int least = 0;
         for (int k = 1; k < 3; ++k)
             if (std::fabs(u[k]) < std::fabs(u[least])) least = k;
@@ -153,7 +164,8 @@ bool ContactLine::checkContact(const Node* node) {
         double w[3];
         crossProduct(u, e, w);
         const double norm = std::sqrt(dot(w, w));
-        for (int k = 0; k < 3; ++k) direction[k] = w[k] / norm;
+        for (int k = 0; k < 3; ++k)
+            direction[k] = w[k] / norm;
     }
     return true;
 }
@@ -175,17 +187,20 @@ bool ContactLine::checkContact(ContactLine* other) {
 
     const Node& a0 = *nodes[0];
     const double a[3] = {segment[0], segment[1], segment[2]};
-    const double b[3] = {b1.getX_pos() - b0.getX_pos(), b1.getY_pos() - b0.getY_pos(), b1.getZ_pos() - b0.getZ_pos()};
+    const double b[3] = {b1.getX_pos() - b0.getX_pos(), b1.getY_pos() - b0.getY_pos(),
+                         b1.getZ_pos() - b0.getZ_pos()};
     double n[3];
     crossProduct(a, b, n);
     const double crossNorm = std::sqrt(dot(n, n));
     if (crossNorm / (std::sqrt(dot(a, a)) * std::sqrt(dot(b, b))) < parallel_limit_) return false;
-    for (double& c : n) c /= crossNorm;
+    for (double& c : n)
+        c /= crossNorm;
 
     // s a - t b + d n = B - A: the inverse of [a, -b, n] has the rows
     // (-b x n), (n x a), (a x -b) divided by the determinant.
     const double minusB[3] = {-b[0], -b[1], -b[2]};
-    const double r[3] = {b0.getX_pos() - a0.getX_pos(), b0.getY_pos() - a0.getY_pos(), b0.getZ_pos() - a0.getZ_pos()};
+    const double r[3] = {b0.getX_pos() - a0.getX_pos(), b0.getY_pos() - a0.getY_pos(),
+                         b0.getZ_pos() - a0.getZ_pos()};
     double row0[3], row1[3], row2[3];
     crossProduct(minusB, n, row0);
     crossProduct(n, a, row1);
@@ -196,12 +211,14 @@ bool ContactLine::checkContact(ContactLine* other) {
     if (!(s >= 0.0 && s <= 1.0 && t >= 0.0 && t <= 1.0 && std::fabs(d) <= radius)) return false;
     if (d < 0.0) {
         d = -d;
-        for (double& c : n) c = -c;
+        for (double& c : n)
+            c = -c;
     }
     contactParameters[0] = s;
     contactParameters[1] = t;
     contactParameters[2] = d;
-    for (int k = 0; k < 3; ++k) direction[k] = n[k];
+    for (int k = 0; k < 3; ++k)
+        direction[k] = n[k];
     return true;
 }
 

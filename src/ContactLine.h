@@ -50,7 +50,8 @@ public:
     // whose x lies in the line's x range widened by R, and visitLine(ContactLine*)
     // once for every contact line attached to such a node. Uses the model's
     // spatial index when there is one, the x-ordered node chain otherwise.
-    template <class NodeVisitor, class LineVisitor> void visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine);
+    template <class NodeVisitor, class LineVisitor>
+    void visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine);
 
     double getRadius() const { return radius; }
     double getFactor() const { return factor; }
@@ -102,11 +103,13 @@ void ContactLine::visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLi
     const double xLow = start->getX_pos() - radius, xHigh = end->getX_pos() + radius;
 
     if (search && radius > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh)) {
-        search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2], visitNode);
+        search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
+                            visitNode);
         search->forEachLine(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
                             [&](ContactLine* other) {
                                 if (!firstVisit(other)) return;
-                                const double x0 = other->nodes[0]->getX_pos(), x1 = other->nodes[1]->getX_pos();
+                                const double x0 = other->nodes[0]->getX_pos(),
+                                             x1 = other->nodes[1]->getX_pos();
                                 if ((x0 > xLow && x0 < xHigh) || (x1 > xLow && x1 < xHigh)) visitLine(other);
                             });
         return;
@@ -116,6 +119,8 @@ void ContactLine::visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLi
         for (ContactLine* other : n->contactLineList())
             if (firstVisit(other)) visitLine(other);
     };
-    for (Node* n = start->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour()) visit(n);
-    for (Node* n = start->rightNeighbour(); n && n->getX_pos() < xHigh; n = n->rightNeighbour()) visit(n);
+    for (Node* n = start->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour())
+        visit(n);
+    for (Node* n = start->rightNeighbour(); n && n->getX_pos() < xHigh; n = n->rightNeighbour())
+        visit(n);
 }

@@ -17,9 +17,13 @@ ContactSearch::Scope::Scope(std::shared_ptr<ContactSearch> search) : previous(st
     active_search_ = std::move(search);
 }
 
-ContactSearch::Scope::~Scope() { active_search_ = std::move(previous); }
+ContactSearch::Scope::~Scope() {
+    active_search_ = std::move(previous);
+}
 
-std::shared_ptr<ContactSearch> ContactSearch::active() { return active_search_; }
+std::shared_ptr<ContactSearch> ContactSearch::active() {
+    return active_search_;
+}
 
 void ContactSearch::addLine(ContactLine* line) {
     if (line->searchSlot >= 0) return;
@@ -35,7 +39,9 @@ void ContactSearch::removeLine(ContactLine* line) {
     lines.pop_back();
     line->searchSlot = -1;
     // The bins may still hold the line until the next update.
-    auto drop = [line](std::vector<ContactLine*>& v) { std::replace(v.begin(), v.end(), line, (ContactLine*)nullptr); };
+    auto drop = [line](std::vector<ContactLine*>& v) {
+        std::replace(v.begin(), v.end(), line, (ContactLine*)nullptr);
+    };
     drop(lineItems);
     looseLines.erase(std::remove(looseLines.begin(), looseLines.end(), line), looseLines.end());
 }
@@ -130,7 +136,8 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
         cellOfNode[i] = cell;
         ++nodeStart[cell + 1];
     }
-    for (int c = 0; c < cells; ++c) nodeStart[c + 1] += nodeStart[c];
+    for (int c = 0; c < cells; ++c)
+        nodeStart[c + 1] += nodeStart[c];
     nodeItems.resize(nodeStart[cells]);
     cursor.assign(nodeStart.begin(), nodeStart.end() - 1);
     for (std::size_t i = 0; i < nodes.size(); ++i)
@@ -146,14 +153,17 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
             continue;
         }
         for (int i = x0; i <= x1; ++i)
-            for (int j = s0; j <= s1; ++j) ++lineStart[i * cellsS + j + 1];
+            for (int j = s0; j <= s1; ++j)
+                ++lineStart[i * cellsS + j + 1];
     }
-    for (int c = 0; c < cells; ++c) lineStart[c + 1] += lineStart[c];
+    for (int c = 0; c < cells; ++c)
+        lineStart[c + 1] += lineStart[c];
     lineItems.resize(lineStart[cells]);
     cursor.assign(lineStart.begin(), lineStart.end() - 1);
     for (ContactLine* line : lines) {
         if (!lineCells(*line, x0, x1, s0, s1)) continue;
         for (int i = x0; i <= x1; ++i)
-            for (int j = s0; j <= s1; ++j) lineItems[cursor[i * cellsS + j]++] = line;
+            for (int j = s0; j <= s1; ++j)
+                lineItems[cursor[i * cellsS + j]++] = line;
     }
 }

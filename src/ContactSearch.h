@@ -81,7 +81,8 @@ public:
                         if (lineItems[k]) visit(lineItems[k]);
                 }
         }
-        for (ContactLine* line : looseLines) visit(line);
+        for (ContactLine* line : looseLines)
+            visit(line);
     }
 
 private:

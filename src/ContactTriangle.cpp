@@ -38,14 +38,16 @@ void ContactTriangle::parseOstrel(std::vector<Token> tokens, const std::vector<s
         const std::string word = key.getWord();
         const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
         if (key.isAWord() && word == "NODES") {
-            if (i + 3 >= count) throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
+            if (i + 3 >= count)
+                throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
             std::vector<std::shared_ptr<Node>> found;
             for (std::size_t k = i + 1; k <= i + 3; ++k) {
                 if (tokens[k].isAWord())
                     throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
                 const int id = static_cast<int>(tokens[k].getNumber());
                 auto it = nodeMap.find(id);
-                if (it == nodeMap.end()) throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
+                if (it == nodeMap.end())
+                    throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
                 found.push_back(it->second);
             }
             nodes = found;
@@ -98,17 +100,20 @@ void ContactTriangle::updateLocalCoordinateSystem() {
     const Node& n1 = *nodes[0];
     const Node& n2 = *nodes[1];
     const Node& n3 = *nodes[2];
-    calculateLocalBasis(n1.getX_pos(), n1.getY_pos(), n1.getZ_pos(), n2.getX_pos(), n2.getY_pos(), n2.getZ_pos(),
-                        n3.getX_pos(), n3.getY_pos(), n3.getZ_pos(), localBasis);
+    calculateLocalBasis(n1.getX_pos(), n1.getY_pos(), n1.getZ_pos(), n2.getX_pos(), n2.getY_pos(),
+                        n2.getZ_pos(), n3.getX_pos(), n3.getY_pos(), n3.getZ_pos(), localBasis);
     const Node* n[3] = {&n1, &n2, &n3};
     double xi[3][3];
     for (int a = 0; a < 3; ++a) {
         const double x = n[a]->getX_pos(), y = n[a]->getY_pos(), z = n[a]->getZ_pos();
-        for (int r = 0; r < 3; ++r) xi[a][r] = localBasis[r][0] * x + localBasis[r][1] * y + localBasis[r][2] * z;
+        for (int r = 0; r < 3; ++r)
+            xi[a][r] = localBasis[r][0] * x + localBasis[r][1] * y + localBasis[r][2] * z;
     }
-    for (int r = 0; r < 3; ++r) origin[r] = xi[0][r];
+    for (int r = 0; r < 3; ++r)
+        origin[r] = xi[0][r];
     for (int a = 0; a < 3; ++a)
-        for (int r = 0; r < 3; ++r) localCoordinates[a][r] = xi[a][r] - xi[0][r];
+        for (int r = 0; r < 3; ++r)
+            localCoordinates[a][r] = xi[a][r] - xi[0][r];
 
     const double x2 = localCoordinates[1][0], x3 = localCoordinates[2][0], y3 = localCoordinates[2][1];
     area = 0.5 * x2 * y3;
@@ -149,7 +154,8 @@ bool ContactTriangle::checkContact(const Node* node) {
     areaCoordinates[0] = c[0] + c[1] * p[0] + c[2] * p[1];
     areaCoordinates[1] = c[3] * p[0] + c[4] * p[1];
     areaCoordinates[2] = c[5] * p[1];
-    for (int r = 0; r < 3; ++r) localPosition[r] = p[r];
+    for (int r = 0; r < 3; ++r)
+        localPosition[r] = p[r];
     if (areaCoordinates[0] < 0.0 || areaCoordinates[1] < 0.0 || areaCoordinates[2] < 0.0) return false;
 
     if (contactType == 0) {
@@ -221,7 +227,8 @@ void ContactTriangle::applyContact(Node* node) {
     for (int j = 0; j < 3; ++j)
         global[j] = localBasis[0][j] * localForce[0] + localBasis[1][j] * localForce[1] +
                     localBasis[2][j] * localForce[2];
-    for (int j = 0; j < 3; ++j) localForce[j] = global[j];
+    for (int j = 0; j < 3; ++j)
+        localForce[j] = global[j];
     node->addContactForce(-global[0], -global[1], -global[2]);
     for (int a = 0; a < 3; ++a) {
         const double N = areaCoordinates[a];

@@ -115,14 +115,17 @@ template <class Visitor> void ContactTriangle::visitCandidates(Visitor&& visit) 
     const double half = 0.5 * thickness;
     const double xLow = low->getX_pos() - half, xHigh = high->getX_pos() + half;
     if (search && half > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh)) {
-        search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2], visit);
+        search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
+                            visit);
         return;
     }
     // Along the chain: leftwards from the lowest node, then rightwards from it
     // through the highest node and on while x < x(high) + T/2.
-    for (Node* n = low->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour()) visit(n);
+    for (Node* n = low->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour())
+        visit(n);
     bool passedHigh = (low == high);
-    for (Node* n = low->rightNeighbour(); n && (!passedHigh || n->getX_pos() < xHigh); n = n->rightNeighbour()) {
+    for (Node* n = low->rightNeighbour(); n && (!passedHigh || n->getX_pos() < xHigh);
+         n = n->rightNeighbour()) {
         if (n == high) {
             passedHigh = true;
             continue;

@@ -29,7 +29,9 @@ ELEMENTS TYPE CONTACT_LINE
 2 NODES 5 6 R 0.5 FACTOR 10.0
 )";
 
-std::shared_ptr<Node> node(Model& m, int number) { return m.getNodeMap().at(number); }
+std::shared_ptr<Node> node(Model& m, int number) {
+    return m.getNodeMap().at(number);
+}
 
 } // namespace
 
@@ -61,7 +63,8 @@ TEST(ContactDeck, WholeRunWritesContactCellsWithZeroValues) {
     EXPECT_EQ(r.status, 0);
     EXPECT_TRUE(testutil::contains(r.out, " Exit Drapex")) << r.err;
     EXPECT_EQ(r.err, "");
-    const auto vtk = testutil::readLines(deck.parent_path() / "Results_contact_deck_run" / "contact_deck_run_0.vtk");
+    const auto vtk =
+        testutil::readLines(deck.parent_path() / "Results_contact_deck_run" / "contact_deck_run_0.vtk");
     ASSERT_FALSE(vtk.empty());
     auto at = [&](const std::string& header) {
         for (std::size_t i = 0; i < vtk.size(); ++i)

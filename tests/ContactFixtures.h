@@ -45,7 +45,8 @@ struct NodeSet {
     }
 
     void clearForces() {
-        for (auto& n : list) n->clearNodalForces();
+        for (auto& n : list)
+            n->clearNodalForces();
     }
 
     void moveTo(const std::shared_ptr<Node>& n, double x, double y, double z) {
@@ -55,7 +56,8 @@ struct NodeSet {
     }
 
     ~NodeSet() {
-        for (auto& n : list) n->clearNeighbours();
+        for (auto& n : list)
+            n->clearNeighbours();
     }
 };
 
@@ -63,7 +65,8 @@ inline std::vector<Token> tokens(const std::string& text) {
     std::vector<Token> out;
     std::istringstream in(text);
     std::string word;
-    while (in >> word) out.emplace_back(word);
+    while (in >> word)
+        out.emplace_back(word);
     return out;
 }
 

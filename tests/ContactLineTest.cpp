@@ -1,5 +1,5 @@
-#include "ContactFixtures.h"
 #include "ContactLine.h"
+#include "ContactFixtures.h"
 #include "ElementLibrary.h"
 
 #include <gtest/gtest.h>
@@ -86,14 +86,20 @@ TEST(ContactLineParse, TakesTheTokenListAStructuralElementHandsOver) {
     NodeSet s;
     s.add(0, 0, 0);
     s.add(1, 0, 0);
-    std::vector<Token> t{Token("NODES"), Token(std::to_string(1)), Token(std::to_string(2)), Token("R"),
-                         Token(std::to_string(0.002 * 0.5)), Token("FACTOR"), Token(std::to_string(7.5))};
+    std::vector<Token> t{Token("NODES"),
+                         Token(std::to_string(1)),
+                         Token(std::to_string(2)),
+                         Token("R"),
+                         Token(std::to_string(0.002 * 0.5)),
+                         Token("FACTOR"),
+                         Token(std::to_string(7.5))};
     auto line = parseLine(s, t, -1);
     line->setInitialConditions();
     EXPECT_EQ(line->getNumber(), -1);
     EXPECT_DOUBLE_EQ(line->getRadius(), 0.001);
     EXPECT_EQ(line->getFactor(), 7.5);
-    std::vector<Token> tiny{Token("NODES"), Token("1"), Token("2"), Token("R"), Token(std::to_string(0.0000008 * 0.5))};
+    std::vector<Token> tiny{Token("NODES"), Token("1"), Token("2"), Token("R"),
+                            Token(std::to_string(0.0000008 * 0.5))};
     EXPECT_EQ(parseLine(s, tiny)->getRadius(), 0.0);
 }
 
@@ -135,7 +141,8 @@ TEST_F(UnitLine, NodeExactlyAtTheRadiusGetsZeroForce) {
     auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
     ASSERT_TRUE(line->checkContact(n));
     line->computeContactForces();
-    for (auto& node : s.list) expectForce(node, 0, 0, 0, 0.0);
+    for (auto& node : s.list)
+        expectForce(node, 0, 0, 0, 0.0);
 }
 
 TEST_F(UnitLine, NodeOnTheAxisGetsTheFullFactor) {
@@ -185,7 +192,8 @@ TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAreLeftAlone) {
     s.linkChain();
     auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
     line->computeContactForces();
-    for (auto& node : s.list) expectForce(node, 0, 0, 0, 0.0);
+    for (auto& node : s.list)
+        expectForce(node, 0, 0, 0, 0.0);
     EXPECT_FALSE(line->checkContact(far));
     EXPECT_FALSE(line->checkContact(sideways));
     EXPECT_FALSE(line->checkContact(behind));

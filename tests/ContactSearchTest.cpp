@@ -1,9 +1,9 @@
 // The contact search must find exactly the contacts that a scan of every node
 // (and every contact line) finds, whether it runs on the spatial index or
 // walks the x-ordered node chain.
+#include "ContactSearch.h"
 #include "ContactFixtures.h"
 #include "ContactLine.h"
-#include "ContactSearch.h"
 #include "ContactTriangle.h"
 
 #include <gtest/gtest.h>
@@ -25,14 +25,16 @@ enum class Layout { FlatXY, UprightXZ, Cloud };
 
 std::vector<int> numbers(const std::set<const Node*>& s) {
     std::vector<int> v;
-    for (const Node* n : s) v.push_back(n->getNumber());
+    for (const Node* n : s)
+        v.push_back(n->getNumber());
     std::sort(v.begin(), v.end());
     return v;
 }
 
 std::vector<int> numbers(const std::set<const ContactLine*>& s) {
     std::vector<int> v;
-    for (const ContactLine* l : s) v.push_back(l->getNumber());
+    for (const ContactLine* l : s)
+        v.push_back(l->getNumber());
     std::sort(v.begin(), v.end());
     return v;
 }
@@ -103,8 +105,10 @@ struct Scene {
     }
 
     void useIndex(bool on) {
-        for (auto& t : triangles) t->setContactSearch(on ? index : nullptr);
-        for (auto& l : lines) l->setContactSearch(on ? index : nullptr);
+        for (auto& t : triangles)
+            t->setContactSearch(on ? index : nullptr);
+        for (auto& l : lines)
+            l->setContactSearch(on ? index : nullptr);
         if (on) index->update(s.list);
     }
 
@@ -114,8 +118,10 @@ struct Scene {
             s.moveTo(n, n->getX_pos() + uniform(-reach, reach), n->getY_pos() + uniform(-reach, reach),
                      n->getZ_pos() + uniform(-0.3 * reach, 0.3 * reach));
         s.linkChain();
-        for (auto& t : triangles) t->updateLocalCoordinateSystem();
-        for (auto& l : lines) l->updateLocalCoordinateSystem();
+        for (auto& t : triangles)
+            t->updateLocalCoordinateSystem();
+        for (auto& l : lines)
+            l->updateLocalCoordinateSystem();
         index->update(s.list);
     }
 
@@ -232,8 +238,8 @@ TEST(ContactSearch, ChainWalkCoversTheWholeStripOfATriangle) {
         }
         std::set<const Node*> strip;
         for (auto& n : scene.s.list)
-            if (n->getX_pos() > lo - 0.5 * t->getThickness() && n->getX_pos() < hi + 0.5 * t->getThickness() &&
-                n.get() != low && n.get() != high)
+            if (n->getX_pos() > lo - 0.5 * t->getThickness() &&
+                n->getX_pos() < hi + 0.5 * t->getThickness() && n.get() != low && n.get() != high)
                 strip.insert(n.get());
         EXPECT_EQ(numbers(visited), numbers(strip)) << "triangle " << t->getNumber();
     }
@@ -244,8 +250,10 @@ TEST(ContactSearch, IndexAndWalkGiveTheSameForces) {
     auto run = [&](bool index) {
         scene.useIndex(index);
         scene.s.clearForces();
-        for (auto& t : scene.triangles) t->computeContactForces();
-        for (auto& l : scene.lines) l->computeContactForces();
+        for (auto& t : scene.triangles)
+            t->computeContactForces();
+        for (auto& l : scene.lines)
+            l->computeContactForces();
         std::vector<double> f;
         for (auto& n : scene.s.list) {
             f.push_back(n->getXContactForce());
@@ -272,7 +280,8 @@ TEST(ContactSearch, NodesWithUndefinedPositionsAreNotLost) {
     s.add(1, 0, 0);
     s.add(0, 1, 0);
     auto odd = s.add(0.3, 0.2, 0.1);
-    for (int i = 0; i < 20; ++i) s.add(5 + i, 5, 0);
+    for (int i = 0; i < 20; ++i)
+        s.add(5 + i, 5, 0);
     s.linkChain();
     auto t = std::make_shared<ContactTriangle>();
     t->parseOstrel(tokens("NODES 1 2 3"), s.list, s.map, no_materials_, no_loads_);

@@ -1,5 +1,5 @@
-#include "ContactFixtures.h"
 #include "ContactTriangle.h"
+#include "ContactFixtures.h"
 #include "ElementLibrary.h"
 
 #include <gtest/gtest.h>
@@ -142,7 +142,8 @@ TEST_F(UnitTriangle, ShellIgnoresNodesBeyondHalfThicknessOrOutsideTheFace) {
     EXPECT_FALSE(t->checkContact(far));
     EXPECT_FALSE(t->checkContact(outside));
     t->computeContactForces();
-    for (auto& n : s.list) expectForce(n, 0, 0, 0);
+    for (auto& n : s.list)
+        expectForce(n, 0, 0, 0);
 }
 
 TEST_F(UnitTriangle, NodeOnAnEdgeCountsAsInside) {
@@ -187,7 +188,8 @@ TEST_F(UnitTriangle, NeverPushesItsOwnNodes) {
     auto t = makeTriangle(s, "NODES 1 2 3 T 2.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(a));
     t->computeContactForces();
-    for (auto& n : s.list) expectForce(n, 0, 0, 0);
+    for (auto& n : s.list)
+        expectForce(n, 0, 0, 0);
     EXPECT_EQ(t->getTotalContactForce(), 0.0);
 }
 
@@ -204,7 +206,8 @@ TEST_F(UnitTriangle, NodeOutsideTheWidenedBoxIsSkippedBeforeAreaCoordinates) {
 
 TEST(ContactTriangleMechanics, TiltedTriangleUsesItsLocalFrame) {
     // The unit-triangle case rotated by 30 degrees about x and then 45 about z.
-    const double c1 = std::cos(M_PI / 6), s1 = std::sin(M_PI / 6), c2 = std::cos(M_PI / 4), s2 = std::sin(M_PI / 4);
+    const double c1 = std::cos(M_PI / 6), s1 = std::sin(M_PI / 6), c2 = std::cos(M_PI / 4),
+                 s2 = std::sin(M_PI / 4);
     auto rotate = [&](double x, double y, double z, double out[3]) {
         const double y1 = c1 * y - s1 * z, z1 = s1 * y + c1 * z;
         out[0] = c2 * x - s2 * y1;
@@ -238,7 +241,8 @@ TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
     s.add(2, 0.2, 0.1);
     s.add(0.3, 1.7, -0.2);
     for (int i = 0; i < 7; ++i)
-        for (int j = 0; j < 7; ++j) s.add(0.1 + 0.25 * i, 0.1 + 0.22 * j, -0.3 + 0.1 * ((i + j) % 7));
+        for (int j = 0; j < 7; ++j)
+            s.add(0.1 + 0.25 * i, 0.1 + 0.22 * j, -0.3 + 0.1 * ((i + j) % 7));
     s.linkChain();
     auto t = makeTriangle(s, "NODES 1 2 3 T 0.8 FACTOR 25 FRICTION 0.4");
     double sum[3] = {0, 0, 0};
@@ -255,10 +259,12 @@ TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
             sum[1] += n->getYContactForce();
             sum[2] += n->getZContactForce();
         }
-        for (double v : sum) EXPECT_NEAR(v, 0.0, 1e-12);
+        for (double v : sum)
+            EXPECT_NEAR(v, 0.0, 1e-12);
     }
     double pressed = 0;
-    for (auto& n : s.list) pressed += std::fabs(n->getZContactForce());
+    for (auto& n : s.list)
+        pressed += std::fabs(n->getZContactForce());
     EXPECT_GT(pressed, 10.0); // several nodes were in contact
 }
 
@@ -310,7 +316,8 @@ TEST(ContactTriangleFriction, HalvedOnFirstSlipAndOnReversal) {
     expectForce(r.slave, 0, 0, 4);
     // The triangle's nodes take the reaction: total tangential force is zero.
     double fx = 0;
-    for (auto& n : r.s.list) fx += n->getXContactForce();
+    for (auto& n : r.s.list)
+        fx += n->getXContactForce();
     EXPECT_NEAR(fx, 0.0, 1e-14);
 }
 

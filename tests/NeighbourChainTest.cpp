@@ -15,14 +15,16 @@ std::string gridDeck(int columns, int rows) {
     int number = 1;
     for (int j = 0; j < rows; ++j)
         for (int i = 0; i < columns; ++i)
-            deck += std::to_string(number++) + " X " + std::to_string(i) + " Y " + std::to_string(j) + " Z 0\n";
+            deck +=
+                std::to_string(number++) + " X " + std::to_string(i) + " Y " + std::to_string(j) + " Z 0\n";
     return deck;
 }
 
 // The chain from its left end, checking that the links are mutual.
 std::vector<Node*> chain(const Model& m) {
     Node* head = m.getNodes().front().get();
-    while (head->leftNeighbour()) head = head->leftNeighbour();
+    while (head->leftNeighbour())
+        head = head->leftNeighbour();
     std::vector<Node*> order;
     for (Node* n = head; n; n = n->rightNeighbour()) {
         if (n->rightNeighbour()) {
@@ -42,7 +44,8 @@ TEST(NeighbourChain, SetUpSortedWithEqualXInDeckOrder) {
     ASSERT_EQ(order.size(), 12u);
     // Column 0 holds nodes 1, 5, 9 in deck order, then column 1 ...
     const int expected[12] = {1, 5, 9, 2, 6, 10, 3, 7, 11, 4, 8, 12};
-    for (int i = 0; i < 12; ++i) EXPECT_EQ(order[i]->getNumber(), expected[i]);
+    for (int i = 0; i < 12; ++i)
+        EXPECT_EQ(order[i]->getNumber(), expected[i]);
 }
 
 TEST(NeighbourChain, StaysSortedAndStableAfterRandomMoves) {
@@ -54,7 +57,8 @@ TEST(NeighbourChain, StaysSortedAndStableAfterRandomMoves) {
     for (int round = 0; round < 60; ++round) {
         const auto before = chain(*m);
         std::unordered_map<const Node*, std::size_t> rank;
-        for (std::size_t i = 0; i < before.size(); ++i) rank[before[i]] = i;
+        for (std::size_t i = 0; i < before.size(); ++i)
+            rank[before[i]] = i;
         // Moves of up to three spacings; every other round lands many nodes
         // on whole columns so that equal x values abound.
         for (auto& n : nodes)
@@ -63,7 +67,8 @@ TEST(NeighbourChain, StaysSortedAndStableAfterRandomMoves) {
         const auto after = chain(*m);
         ASSERT_EQ(after.size(), nodes.size()) << "round " << round;
         for (std::size_t i = 0; i + 1 < after.size(); ++i) {
-            ASSERT_LE(after[i]->getX_pos(), after[i + 1]->getX_pos()) << "round " << round << " position " << i;
+            ASSERT_LE(after[i]->getX_pos(), after[i + 1]->getX_pos())
+                << "round " << round << " position " << i;
             if (after[i]->getX_pos() == after[i + 1]->getX_pos()) {
                 ASSERT_LT(rank[after[i]], rank[after[i + 1]]) << "round " << round << " position " << i;
             }
