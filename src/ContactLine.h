@@ -48,8 +48,9 @@ public:
 
     // Visits the candidates of the search: visitNode(Node*) for every node
     // whose x lies in the line's x range widened by R, and visitLine(ContactLine*)
-    // once for every contact line attached to such a node. Uses the model's
-    // spatial index when there is one, the x-ordered node chain otherwise.
+    // once for every contact line attached to such a node. Walks the x-ordered
+    // node chain, or uses the model's spatial index, which leaves out nodes
+    // and lines that the y/z box tests would reject.
     template <class NodeVisitor, class LineVisitor>
     void visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine);
 

@@ -141,7 +141,10 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
     nodeItems.resize(nodeStart[cells]);
     cursor.assign(nodeStart.begin(), nodeStart.end() - 1);
     for (std::size_t i = 0; i < nodes.size(); ++i)
-        if (cellOfNode[i] >= 0) nodeItems[cursor[cellOfNode[i]]++] = nodes[i].get();
+        if (cellOfNode[i] >= 0) {
+            const Node& n = *nodes[i];
+            nodeItems[cursor[cellOfNode[i]]++] = {n.getX_pos(), n.getY_pos(), n.getZ_pos(), nodes[i].get()};
+        }
 
     // Lines: every cell that the segment's rectangle covers.
     lineStart.assign(cells + 1, 0);

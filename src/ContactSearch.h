@@ -44,26 +44,27 @@ public:
     // grows, the buffers are reused from one increment to the next.
     void update(const std::vector<std::shared_ptr<Node>>& nodes);
 
-    // Calls visit(Node*) once for every node with xLow < x < xHigh whose
-    // cell meets [yLow, yHigh] x [zLow, zHigh] (only the binned coordinate is
-    // used, so some visited nodes lie outside that box).
+    // Calls visit(Node*) once for every node with xLow < x < xHigh that the
+    // box [yLow, yHigh] x [zLow, zHigh] does not reject: the same test as the
+    // contact elements' own (a coordinate below the low or above the high
+    // bound rejects), made on positions copied next to each other so that far
+    // nodes cost no visit of the node itself.
     template <class Visitor>
     void forEachNode(double xLow, double xHigh, double yLow, double yHigh, double zLow, double zHigh,
                      Visitor&& visit) const {
         int x0, x1, s0, s1;
         if (!cellRange(xLow, xHigh, yLow, yHigh, zLow, zHigh, x0, x1, s0, s1)) return;
-        for (int i = x0; i <= x1; ++i)
-            for (int j = s0; j <= s1; ++j) {
-                const int cell = i * cellsS + j;
-                for (int k = nodeStart[cell]; k < nodeStart[cell + 1]; ++k) {
-                    Node* n = nodeItems[k];
-                    const double x = n->getX_pos();
-                    if (x > xLow && x < xHigh) visit(n);
-                }
+        for (int i = x0; i <= x1; ++i) {
+            const int first = nodeStart[i * cellsS + s0], last = nodeStart[i * cellsS + s1 + 1];
+            for (int k = first; k < last; ++k) {
+                const Entry& e = nodeItems[k];
+                if (e.x > xLow && e.x < xHigh && !(e.y < yLow || e.y > yHigh || e.z < zLow || e.z > zHigh))
+                    visit(e.node);
             }
+        }
         for (Node* n : looseNodes) {
-            const double x = n->getX_pos();
-            if (x > xLow && x < xHigh) visit(n);
+            const double x = n->getX_pos(), y = n->getY_pos(), z = n->getZ_pos();
+            if (x > xLow && x < xHigh && !(y < yLow || y > yHigh || z < zLow || z > zHigh)) visit(n);
         }
     }
 
@@ -106,8 +107,12 @@ private:
     int axis = 1; // 1: y, 2: z
     double originX = 0.0, originS = 0.0, sizeX = 1.0, sizeS = 1.0;
     int cellsX = 1, cellsS = 1;
+    struct Entry {
+        double x, y, z;
+        Node* node;
+    };
     std::vector<int> nodeStart;
-    std::vector<Node*> nodeItems;
+    std::vector<Entry> nodeItems;
     std::vector<Node*> looseNodes;
     std::vector<int> lineStart;
     std::vector<ContactLine*> lineItems;

@@ -55,10 +55,10 @@ public:
     // has just passed checkContact.
     void computeFrictionForces(std::shared_ptr<Node> node) { addFriction(node.get()); }
 
-    // Visits every candidate node of the search: each node whose x lies in
-    // the triangle's x range widened by T/2 (the triangle's own nodes may be
-    // among them). Uses the model's spatial index when there is one, the
-    // x-ordered node chain otherwise.
+    // Visits the candidate nodes of the search: every node whose x lies in the
+    // triangle's x range widened by T/2 (the triangle's own nodes may be among
+    // them). Walks the x-ordered node chain, or uses the model's spatial
+    // index, which leaves out nodes that the y/z box test would reject.
     template <class Visitor> void visitCandidates(Visitor&& visit);
 
     double getThickness() const { return thickness; }
