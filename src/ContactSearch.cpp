@@ -78,20 +78,41 @@ bool ContactSearch::lineCells(const ContactLine& line, int& x0, int& x1, int& s0
 }
 
 void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
-    // Extent of the finite positions; the second axis is the wider of y and z.
-    double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
-    bool first = true;
-    int binned = 0;
-    for (const auto& node : nodes) {
-        const double c[3] = {node->getX_pos(), node->getY_pos(), node->getZ_pos()};
-        if (!std::isfinite(c[0]) || !std::isfinite(c[1]) || !std::isfinite(c[2])) continue;
-        ++binned;
-        for (int k = 0; k < 3; ++k) {
-            if (first || c[k] < lo[k]) lo[k] = c[k];
-            if (first || c[k] > hi[k]) hi[k] = c[k];
-        }
-        first = false;
+    // Nodes are read in number order, which is the order the deck reader made
+    // them in and so follows memory; reading them in x order instead would
+    // jump through memory once the model outgrows the caches.
+    if (&nodes != source || nodes.size() != ordered.size()) {
+        source = &nodes;
+        ordered.clear();
+        for (const auto& n : nodes)
+            ordered.push_back(n.get());
+        std::stable_sort(ordered.begin(), ordered.end(),
+                         [](const Node* a, const Node* b) { return a->getNumber() < b->getNumber(); });
     }
+    const std::size_t count = ordered.size();
+
+    // One read of every position; extent of the finite ones.
+    packed.resize(count);
+    looseNodes.clear();
+    double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
+    int binned = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        Node* n = ordered[i];
+        Entry& e = packed[i];
+        e = {n->getX_pos(), n->getY_pos(), n->getZ_pos(), n};
+        if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)) {
+            looseNodes.push_back(n);
+            e.node = nullptr;
+            continue;
+        }
+        const double c[3] = {e.x, e.y, e.z};
+        for (int k = 0; k < 3; ++k) {
+            if (binned == 0 || c[k] < lo[k]) lo[k] = c[k];
+            if (binned == 0 || c[k] > hi[k]) hi[k] = c[k];
+        }
+        ++binned;
+    }
+    // The second axis is the wider of y and z.
     axis = (hi[2] - lo[2] > hi[1] - lo[1]) ? 2 : 1;
     originX = lo[0];
     originS = lo[axis];
@@ -120,19 +141,16 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
     sizeS = lengthS > 0.0 ? lengthS / cellsS : 1.0;
     const int cells = cellsX * cellsS;
 
-    // Nodes: counting sort into the cells, in the order of the node vector.
+    // Counting sort into the cells, keeping number order within a cell.
     nodeStart.assign(cells + 1, 0);
-    cellOfNode.resize(nodes.size());
-    looseNodes.clear();
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        const Node& n = *nodes[i];
-        const double x = n.getX_pos(), s = secondary(n);
-        if (!std::isfinite(x) || !std::isfinite(n.getY_pos()) || !std::isfinite(n.getZ_pos())) {
+    cellOfNode.resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const Entry& e = packed[i];
+        if (!e.node) {
             cellOfNode[i] = -1;
-            looseNodes.push_back(nodes[i].get());
             continue;
         }
-        const int cell = cellX(x) * cellsS + cellS(s);
+        const int cell = cellX(e.x) * cellsS + cellS(axis == 1 ? e.y : e.z);
         cellOfNode[i] = cell;
         ++nodeStart[cell + 1];
     }
@@ -140,11 +158,8 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
         nodeStart[c + 1] += nodeStart[c];
     nodeItems.resize(nodeStart[cells]);
     cursor.assign(nodeStart.begin(), nodeStart.end() - 1);
-    for (std::size_t i = 0; i < nodes.size(); ++i)
-        if (cellOfNode[i] >= 0) {
-            const Node& n = *nodes[i];
-            nodeItems[cursor[cellOfNode[i]]++] = {n.getX_pos(), n.getY_pos(), n.getZ_pos(), nodes[i].get()};
-        }
+    for (std::size_t i = 0; i < count; ++i)
+        if (cellOfNode[i] >= 0) nodeItems[cursor[cellOfNode[i]]++] = packed[i];
 
     // Lines: every cell that the segment's rectangle covers.
     lineStart.assign(cells + 1, 0);

@@ -41,7 +41,9 @@ public:
     int getNumberOfLines() const { return static_cast<int>(lines.size()); }
 
     // Rebinning from the current positions; allocates only while the model
-    // grows, the buffers are reused from one increment to the next.
+    // grows, the buffers are reused from one increment to the next. The node
+    // vector is expected to keep its nodes from one call to the next (a
+    // different vector or a new size is taken as a new set of nodes).
     void update(const std::vector<std::shared_ptr<Node>>& nodes);
 
     // Calls visit(Node*) once for every node with xLow < x < xHigh that the
@@ -119,4 +121,8 @@ private:
     std::vector<ContactLine*> looseLines;
     std::vector<int> cellOfNode;
     std::vector<int> cursor;
+    // The node vector last indexed, its nodes in number order, their positions.
+    const std::vector<std::shared_ptr<Node>>* source = nullptr;
+    std::vector<Node*> ordered;
+    std::vector<Entry> packed;
 };
