@@ -50,13 +50,6 @@ TEST(ContactDeck, OneIncrementAppliesTheContactForces) {
     EXPECT_NEAR(node(*m, 6)->getYContactForce(), -1.0, 1e-12);
 }
 
-TEST(ContactDeck, ModelWithoutContactKeepsNoIndex) {
-    contact_test::QuietModel m("contact_deck_none", "CONTROLS\nSTEP 1.0\nNODES\n1 X 0\n2 X 1\n");
-    EXPECT_EQ(m->getContactSearch(), nullptr);
-    double candidate = 90000.0;
-    m->step(candidate);
-}
-
 TEST(ContactDeck, WholeRunWritesContactCellsWithZeroValues) {
     std::filesystem::path deck;
     const auto r = testutil::runDeck("contact_deck_run", contact_deck_, &deck);

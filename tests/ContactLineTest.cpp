@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <stdexcept>
 
@@ -64,7 +65,7 @@ TEST(ContactLineParse, ErrorMessagesAreExact) {
     EXPECT_EQ(parseError(s, "R 0.5"), "Nodes are not set for element number 1");
 }
 
-TEST(ContactLineParse, DefaultsAndKeywords) {
+TEST(ContactLineParse, DefaultsAndTheTokenListARodHandsOver) {
     NodeSet s;
     s.add(0, 0, 0);
     s.add(1, 0, 0);
@@ -72,103 +73,72 @@ TEST(ContactLineParse, DefaultsAndKeywords) {
     EXPECT_EQ(plain->getRadius(), 0.1);
     EXPECT_EQ(plain->getFactor(), 10.0);
     EXPECT_EQ(plain->getFriction(), 0.0);
-    auto full = makeLine(s, "FRICTION 0.2 R 0.25 NODES 2 1 FACTOR 50");
-    EXPECT_EQ(full->getRadius(), 0.25);
-    EXPECT_EQ(full->getFactor(), 50.0);
-    EXPECT_EQ(full->getFriction(), 0.2);
-    EXPECT_EQ(full->getNode(0)->getNumber(), 2);
-    EXPECT_EQ(full->getNode(1)->getNumber(), 1);
-}
-
-TEST(ContactLineParse, TakesTheTokenListAStructuralElementHandsOver) {
     // A rod of diameter 0.002 hands over its radius as six-decimal text, and
     // a diameter of 0.0000008 becomes a radius of zero.
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
     std::vector<Token> t{Token("NODES"),
-                         Token(std::to_string(1)),
                          Token(std::to_string(2)),
+                         Token(std::to_string(1)),
                          Token("R"),
                          Token(std::to_string(0.002 * 0.5)),
                          Token("FACTOR"),
                          Token(std::to_string(7.5))};
     auto line = parseLine(s, t, -1);
     line->setInitialConditions();
-    EXPECT_EQ(line->getNumber(), -1);
     EXPECT_DOUBLE_EQ(line->getRadius(), 0.001);
     EXPECT_EQ(line->getFactor(), 7.5);
+    EXPECT_EQ(line->getNode(0)->getNumber(), 2);
     std::vector<Token> tiny{Token("NODES"), Token("1"), Token("2"), Token("R"),
-                            Token(std::to_string(0.0000008 * 0.5))};
+                            Token(std::to_string(0.0000004))};
     EXPECT_EQ(parseLine(s, tiny)->getRadius(), 0.0);
 }
 
-TEST(ContactLineParse, RegistersWithItsNodesOnce) {
+TEST(ContactLineParse, MadeByTheFactoryRegisteredWithItsNodesAndWrittenAsLine) {
     NodeSet s;
     auto a = s.add(0, 0, 0);
     auto b = s.add(1, 0, 0);
     auto c = s.add(2, 0, 0);
-    auto line = parseLine(s, tokens("NODES 1 2"));
-    EXPECT_TRUE(a->contactLineList().empty()); // parsing alone leaves the nodes alone
-    line->setInitialConditions();
-    line->setInitialConditions();
-    ASSERT_EQ(a->contactLineList().size(), 1u);
-    EXPECT_EQ(a->contactLineList()[0], line.get());
-    EXPECT_EQ(b->contactLineList().size(), 1u);
-    EXPECT_TRUE(a->contactLineCheck(b));
-    EXPECT_FALSE(a->contactLineCheck(c));
-}
-
-TEST(ContactLineParse, MadeByTheFactoryAndWrittenAsLine) {
     auto e = ElementLibrary::getElementOstrel("CONTACT_LINE");
-    ASSERT_NE(std::dynamic_pointer_cast<ContactLine>(e), nullptr);
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
+    auto* line = dynamic_cast<ContactLine*>(e.get());
+    ASSERT_NE(line, nullptr);
     e->parseOstrel(tokens("NODES 2 1"), s.list, s.map, no_materials_, no_loads_);
+    EXPECT_TRUE(a->contactLineList().empty()); // parsing alone leaves the nodes alone
+    e->setInitialConditions();
+    e->setInitialConditions();
+    ASSERT_EQ(a->contactLineList().size(), 1u);
+    EXPECT_EQ(a->contactLineList()[0], line);
+    EXPECT_TRUE(b->contactLineCheck(a));
+    EXPECT_FALSE(a->contactLineCheck(c));
     EXPECT_EQ(e->printVTK(0, 0), "3\n");
     EXPECT_EQ(e->printVTK(1, 0), "2\t2\t1\n");
-    EXPECT_EQ(e->printVTK(100, 5), "0.0");
-    EXPECT_EQ(e->printVTK(200, 0), "0.0");
-    EXPECT_EQ(e->printVTK(201, 0), "0.0");
+    for (int code : {100, 200, 201})
+        EXPECT_EQ(e->printVTK(code, 3), "0.0");
     EXPECT_EQ(e->checkTimestep(2.5), 2.5);
-    EXPECT_THROW(ElementLibrary::getElementOstrel("CONTACT_LINES"), std::invalid_argument);
 }
 
-TEST_F(UnitLine, NodeExactlyAtTheRadiusGetsZeroForce) {
-    auto n = s.add(0.5, 0, 0.5);
+TEST_F(UnitLine, ForceFallsLinearlyFromFactorOnTheAxisToZeroAtTheRadius) {
+    auto atRadius = s.add(0.5, 0, 0.5);
     s.linkChain();
     auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
-    ASSERT_TRUE(line->checkContact(n));
+    ASSERT_TRUE(line->checkContact(atRadius));
     line->computeContactForces();
     for (auto& node : s.list)
         expectForce(node, 0, 0, 0, 0.0);
-}
 
-TEST_F(UnitLine, NodeOnTheAxisGetsTheFullFactor) {
-    auto n = s.add(0.5, 0, 0);
-    s.linkChain();
-    auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
+    // On the axis: FACTOR, along +z for a segment along x.
+    s.moveTo(atRadius, 0.5, 0, 0);
     line->computeContactForces();
-    const double fz = n->getZContactForce(), fy = n->getYContactForce();
-    EXPECT_NEAR(std::sqrt(fz * fz + fy * fy), 10.0, 1e-12);
-    EXPECT_EQ(n->getXContactForce(), 0.0);
-    expectForce(n, 0, 0, 10); // a segment along x pushes its axis nodes along +z
+    expectForce(atRadius, 0, 0, 10);
     expectForce(a, 0, 0, -5);
     expectForce(b, 0, 0, -5);
-}
 
-TEST_F(UnitLine, ForceFallsLinearlyAndIsSharedBySegmentPosition) {
-    auto n = s.add(0.25, 0.3, 0);
+    // At d = 0.3 and s = 0.25: f = 10 (1 - 0.3/0.5) = 4 along +y, split 0.75 / 0.25.
+    s.clearForces();
+    s.moveTo(atRadius, 0.25, 0.3, 0);
     s.linkChain();
-    auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
     line->computeContactForces();
-    // f = 10 (1 - 0.3/0.5) = 4 along +y, split 0.75 / 0.25.
-    expectForce(n, 0, 4, 0);
+    expectForce(atRadius, 0, 4, 0);
     expectForce(a, 0, -3, 0);
     expectForce(b, 0, -1, 0);
-    EXPECT_NEAR(line->getContactParameters()[0], 0.25, 1e-15);
-    EXPECT_NEAR(line->getContactParameters()[2], 0.3, 1e-15);
 }
 
 TEST_F(UnitLine, NodeBeyondAnEndIsMeasuredToThatEndButSharedByTheRawPosition) {
@@ -231,35 +201,23 @@ TEST(ContactLineMechanics, CrossingSegmentsArePushedApartOnce) {
     expectForce(d, 0, 0, 0.5 * f);
 }
 
-TEST(ContactLineMechanics, LinesSharingANodeNeverTouch) {
+TEST(ContactLineMechanics, SharedNodesMissesAndParallelsDoNotTouch) {
     NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    s.add(0.5, 0.05, 0.01);
-    s.linkChain();
-    auto first = makeLine(s, "NODES 1 2 R 0.5");
-    auto second = makeLine(s, "NODES 1 3 R 0.5");
-    auto third = makeLine(s, "NODES 3 2 R 0.5");
-    EXPECT_FALSE(first->checkContact(second.get()));
-    EXPECT_FALSE(first->checkContact(third.get()));
-    EXPECT_FALSE(first->checkContact(first.get()));
-}
-
-TEST(ContactLineMechanics, SegmentsMissingEachOtherOrParallelDoNotTouch) {
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    s.add(1.2, -1, 0.1); // crosses the line's extension: s = 1.2
-    s.add(1.2, 1, 0.1);
-    s.add(0, 0.1, 0.1); // parallel
-    s.add(1, 0.1, 0.1);
-    s.add(0.5, 0.2, 0.2); // crossing beyond the other's end: t < 0
-    s.add(0.5, 2, 0.2);
+    for (auto p : std::vector<std::array<double, 3>>{{0, 0, 0},
+                                                     {1, 0, 0},
+                                                     {0.5, 0.05, 0.01}, // near, but sharing node 1
+                                                     {1.2, -1, 0.1},    // crossing the extension, s = 1.2
+                                                     {1.2, 1, 0.1},
+                                                     {0, 0.1, 0.1}, // parallel
+                                                     {1, 0.1, 0.1},
+                                                     {0.5, 0.2, 0.2}, // crossing beyond its own end, t < 0
+                                                     {0.5, 2, 0.2}})
+        s.add(p[0], p[1], p[2]);
     s.linkChain();
     auto line = makeLine(s, "NODES 1 2 R 0.5");
-    EXPECT_FALSE(line->checkContact(makeLine(s, "NODES 3 4").get()));
-    EXPECT_FALSE(line->checkContact(makeLine(s, "NODES 5 6").get()));
-    EXPECT_FALSE(line->checkContact(makeLine(s, "NODES 7 8").get()));
+    EXPECT_FALSE(line->checkContact(line.get()));
+    for (const char* other : {"NODES 1 3", "NODES 3 2", "NODES 4 5", "NODES 6 7", "NODES 8 9"})
+        EXPECT_FALSE(line->checkContact(makeLine(s, other).get())) << other;
 }
 
 TEST(ContactLineMechanics, SkewSegmentsShareTheForceAlongBothLines) {

@@ -222,29 +222,6 @@ TEST(ContactSearch, FindsExactlyWhatAFullScanFinds) {
     EXPECT_GT(contacts, 500); // the scenes do produce contacts of every kind
 }
 
-TEST(ContactSearch, ChainWalkCoversTheWholeStripOfATriangle) {
-    // Without any box test in the way (every node is visited), the walk visits
-    // exactly the nodes in the open x range, apart from the lowest and highest node.
-    Scene scene(42, Layout::FlatXY, 200);
-    scene.useIndex(false);
-    for (auto& t : scene.triangles) {
-        std::set<const Node*> visited;
-        t->visitCandidates([&](Node* n) { visited.insert(n); });
-        double lo = 1e300, hi = -1e300;
-        const Node *low = nullptr, *high = nullptr;
-        for (auto& n : t->getNodes()) {
-            if (n->getX_pos() < lo) lo = n->getX_pos(), low = n.get();
-            if (n->getX_pos() > hi) hi = n->getX_pos(), high = n.get();
-        }
-        std::set<const Node*> strip;
-        for (auto& n : scene.s.list)
-            if (n->getX_pos() > lo - 0.5 * t->getThickness() &&
-                n->getX_pos() < hi + 0.5 * t->getThickness() && n.get() != low && n.get() != high)
-                strip.insert(n.get());
-        EXPECT_EQ(numbers(visited), numbers(strip)) << "triangle " << t->getNumber();
-    }
-}
-
 TEST(ContactSearch, IndexAndWalkGiveTheSameForces) {
     Scene scene(2024, Layout::FlatXY, 300);
     auto run = [&](bool index) {
@@ -270,29 +247,6 @@ TEST(ContactSearch, IndexAndWalkGiveTheSameForces) {
         largest = std::max(largest, std::fabs(walked[i]));
     }
     EXPECT_GT(largest, 1.0);
-}
-
-TEST(ContactSearch, NodesWithUndefinedPositionsAreNotLost) {
-    // A node whose y is not a number is never rejected by the box tests, so
-    // the index must still hand it over when its x is in range.
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    s.add(0, 1, 0);
-    auto odd = s.add(0.3, 0.2, 0.1);
-    for (int i = 0; i < 20; ++i)
-        s.add(5 + i, 5, 0);
-    s.linkChain();
-    auto t = std::make_shared<ContactTriangle>();
-    t->parseOstrel(tokens("NODES 1 2 3"), s.list, s.map, no_materials_, no_loads_);
-    t->setInitialConditions();
-    odd->setY_pos(std::nan(""));
-    auto index = std::make_shared<ContactSearch>();
-    t->setContactSearch(index);
-    index->update(s.list);
-    std::set<const Node*> visited;
-    t->visitCandidates([&](Node* n) { visited.insert(n); });
-    EXPECT_EQ(visited.count(odd.get()), 1u);
 }
 
 TEST(ContactSearch, ScopeLendsTheIndexToElementsInitialisedInside) {

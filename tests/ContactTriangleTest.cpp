@@ -68,27 +68,6 @@ TEST(ContactTriangleParse, ErrorMessagesAreExact) {
     EXPECT_EQ(parseError(s, "T 0.5"), "Nodes are not set for element number 1");
 }
 
-TEST(ContactTriangleParse, DefaultsAndKeywords) {
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    s.add(0, 1, 0);
-    auto plain = makeTriangle(s, "NODES 1 2 3");
-    EXPECT_EQ(plain->getThickness(), 1.0);
-    EXPECT_EQ(plain->getFactor(), 10.0);
-    EXPECT_EQ(plain->getFriction(), 0.0);
-    EXPECT_EQ(plain->getContactType(), 0);
-    EXPECT_DOUBLE_EQ(plain->getArea(), 0.5);
-
-    auto full = makeTriangle(s, "TYPE SOLID NODES 3 1 2 T 0.25 FACTOR 200 FRICTION 0.3");
-    EXPECT_EQ(full->getThickness(), 0.25);
-    EXPECT_EQ(full->getFactor(), 200.0);
-    EXPECT_EQ(full->getFriction(), 0.3);
-    EXPECT_EQ(full->getContactType(), 1);
-    ASSERT_EQ(full->getNodes().size(), 3u);
-    EXPECT_EQ(full->getNodes()[0]->getNumber(), 3);
-}
-
 TEST(ContactTriangleParse, MadeByTheFactoryAndWrittenAsTriangle) {
     auto e = ElementLibrary::getElementOstrel("CONTACT_TRIANGLE");
     ASSERT_NE(std::dynamic_pointer_cast<ContactTriangle>(e), nullptr);
@@ -98,6 +77,16 @@ TEST(ContactTriangleParse, MadeByTheFactoryAndWrittenAsTriangle) {
     s.add(0, 1, 0);
     e->setNumber(4);
     e->parseOstrel(tokens("NODES 1 2 3"), s.list, s.map, no_materials_, no_loads_);
+    e->setInitialConditions();
+    auto* t = dynamic_cast<ContactTriangle*>(e.get());
+    EXPECT_EQ(t->getThickness(), 1.0); // defaults
+    EXPECT_EQ(t->getFactor(), 10.0);
+    EXPECT_EQ(t->getFriction(), 0.0);
+    EXPECT_EQ(t->getContactType(), 0);
+    auto solid = makeTriangle(s, "TYPE SOLID NODES 3 1 2 T 0.25 FACTOR 200 FRICTION 0.3");
+    EXPECT_EQ(solid->getContactType(), 1);
+    EXPECT_EQ(solid->getThickness(), 0.25);
+    EXPECT_EQ(solid->getNodes()[0]->getNumber(), 3);
     EXPECT_EQ(e->printVTK(0, 0), "5\n");
     EXPECT_EQ(e->printVTK(1, 0), "3\t1\t2\t3\n");
     EXPECT_EQ(e->printVTK(100, 0), "0.0");
@@ -122,117 +111,82 @@ TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
     expectForce(a, 0, 0, -2);
     expectForce(b, 0, 0, -1);
     expectForce(c, 0, 0, -1);
-}
 
-TEST_F(UnitTriangle, ShellNodeBelowIsPushedDown) {
-    auto slave = s.add(0.25, 0.25, -0.3);
+    // From below the mid-surface the node is pushed the other way.
+    s.clearForces();
+    s.moveTo(slave, 0.25, 0.25, -0.3);
     s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
     t->computeContactForces();
     EXPECT_NEAR(t->getGap(), 0.2, 1e-15);
     expectForce(slave, 0, 0, -4);
     expectForce(a, 0, 0, 2);
 }
 
-TEST_F(UnitTriangle, ShellIgnoresNodesBeyondHalfThicknessOrOutsideTheFace) {
+TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     auto far = s.add(0.25, 0.25, 0.51);
     auto outside = s.add(0.6, 0.6, 0.1); // N1 = -0.2
+    auto onEdge = s.add(0.5, 0.5, 0.1);  // on edge 2-3, N1 = 0
+    auto wide = s.add(0.25, 2.25, 0.1);  // y beyond 1 + T: skipped before area coordinates
+    auto vertex = s.add(0, 0, 0.3);      // over node 1: N = (1, 0, 0)
     s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0");
+    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(far));
     EXPECT_FALSE(t->checkContact(outside));
-    t->computeContactForces();
-    for (auto& n : s.list)
-        expectForce(n, 0, 0, 0);
-}
-
-TEST_F(UnitTriangle, NodeOnAnEdgeCountsAsInside) {
-    auto onEdge = s.add(0.5, 0.5, 0.1); // on edge 2-3, N1 = 0
-    s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
     ASSERT_TRUE(t->checkContact(onEdge));
     EXPECT_NEAR(t->getAreaCoordinates()[0], 0.0, 1e-15);
-}
+    const double n1 = t->getAreaCoordinates()[0];
+    EXPECT_FALSE(t->checkContact(wide));
+    EXPECT_EQ(t->getAreaCoordinates()[0], n1);
 
-TEST_F(UnitTriangle, NodeExactlyAtAVertexTakesTheWholeReaction) {
-    auto slave = s.add(0, 0, 0.3);
-    s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
-    ASSERT_TRUE(t->checkContact(slave));
+    ASSERT_TRUE(t->checkContact(vertex));
     EXPECT_EQ(t->getAreaCoordinates()[0], 1.0);
     EXPECT_EQ(t->getAreaCoordinates()[1], 0.0);
     EXPECT_EQ(t->getAreaCoordinates()[2], 0.0);
     t->computeContactForces();
-    expectForce(slave, 0, 0, 4);
+    expectForce(vertex, 0, 0, 4);
+    expectForce(far, 0, 0, 0);
+    expectForce(outside, 0, 0, 0);
+    expectForce(wide, 0, 0, 0);
+    // The edge node (N = 0, 0.5, 0.5, gap -0.4) and the vertex node share the reaction.
     expectForce(a, 0, 0, -4);
-    expectForce(b, 0, 0, 0);
+    expectForce(b, 0, 0, -4);
+    expectForce(c, 0, 0, -4);
 }
 
-TEST_F(UnitTriangle, SolidNeverTouchesANodeAboveItsFace) {
+TEST_F(UnitTriangle, SolidIsOneSidedAndNoTriangleTouchesItsOwnNodes) {
     auto above = s.add(0.25, 0.25, 0.01);
     auto below = s.add(0.3, 0.25, -0.01);
     s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 TYPE SOLID FACTOR 10");
+    auto t = makeTriangle(s, "NODES 1 2 3 TYPE SOLID T 2.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(above));
-    ASSERT_TRUE(t->checkContact(below));
-    EXPECT_NEAR(t->getGap(), -0.01, 1e-15);
-    t->computeContactForces();
-    // fn = FACTOR gap = -0.1, pushing the node along +e3.
-    expectForce(above, 0, 0, 0);
-    expectForce(below, 0, 0, 0.1);
-    EXPECT_NEAR(t->getTotalContactForce(), -0.1, 1e-15);
-}
-
-TEST_F(UnitTriangle, NeverPushesItsOwnNodes) {
-    s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 2.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(a));
     t->computeContactForces();
-    for (auto& n : s.list)
-        expectForce(n, 0, 0, 0);
-    EXPECT_EQ(t->getTotalContactForce(), 0.0);
-}
-
-TEST_F(UnitTriangle, NodeOutsideTheWidenedBoxIsSkippedBeforeAreaCoordinates) {
-    auto inside = s.add(0.25, 0.25, 0.1);
-    auto wide = s.add(0.25, 1.25, 0.1); // y beyond 1 + T
-    s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 0.2");
-    ASSERT_TRUE(t->checkContact(inside));
-    const double n1 = t->getAreaCoordinates()[0];
-    EXPECT_FALSE(t->checkContact(wide));
-    EXPECT_EQ(t->getAreaCoordinates()[0], n1);
+    EXPECT_NEAR(t->getGap(), -0.01, 1e-15);
+    // fn = FACTOR gap = -0.1 pushes the node along +e3; nothing else moves.
+    expectForce(above, 0, 0, 0);
+    expectForce(below, 0, 0, 0.1);
+    EXPECT_NEAR(a->getZContactForce() + b->getZContactForce() + c->getZContactForce(), -0.1, 1e-15);
 }
 
 TEST(ContactTriangleMechanics, TiltedTriangleUsesItsLocalFrame) {
-    // The unit-triangle case rotated by 30 degrees about x and then 45 about z.
-    const double c1 = std::cos(M_PI / 6), s1 = std::sin(M_PI / 6), c2 = std::cos(M_PI / 4),
-                 s2 = std::sin(M_PI / 4);
-    auto rotate = [&](double x, double y, double z, double out[3]) {
+    // The unit-triangle case rotated by 30 degrees about x, then 45 about z, then shifted.
+    const double c1 = std::cos(M_PI / 6), s1 = std::sin(M_PI / 6), c2 = std::cos(M_PI / 4);
+    auto place = [&](NodeSet& s, double x, double y, double z) {
         const double y1 = c1 * y - s1 * z, z1 = s1 * y + c1 * z;
-        out[0] = c2 * x - s2 * y1;
-        out[1] = s2 * x + c2 * y1;
-        out[2] = z1;
+        return s.add(c2 * (x - y1) + 3, c2 * (x + y1) - 2, z1 + 1);
     };
     NodeSet s;
-    double p[3];
-    rotate(0, 0, 0, p);
-    s.add(p[0] + 3, p[1] - 2, p[2] + 1);
-    rotate(1, 0, 0, p);
-    s.add(p[0] + 3, p[1] - 2, p[2] + 1);
-    rotate(0, 1, 0, p);
-    s.add(p[0] + 3, p[1] - 2, p[2] + 1);
-    rotate(0.25, 0.25, 0.3, p);
-    auto slave = s.add(p[0] + 3, p[1] - 2, p[2] + 1);
+    auto a = place(s, 0, 0, 0);
+    place(s, 1, 0, 0);
+    place(s, 0, 1, 0);
+    auto slave = place(s, 0.25, 0.25, 0.3);
     s.linkChain();
     auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
     t->computeContactForces();
     EXPECT_NEAR(t->getGap(), -0.2, 1e-12);
-    double n[3];
-    rotate(0, 0, 1, n);
-    expectForce(slave, 4 * n[0], 4 * n[1], 4 * n[2], 1e-12);
-    expectForce(s.list[0], -2 * n[0], -2 * n[1], -2 * n[2], 1e-12);
-    expectForce(s.list[1], -n[0], -n[1], -n[2], 1e-12);
+    const double n[3] = {-c2 * -s1, c2 * -s1, c1}; // the rotated e_z
+    expectForce(slave, 4 * n[0], 4 * n[1], 4 * n[2]);
+    expectForce(a, -2 * n[0], -2 * n[1], -2 * n[2]);
 }
 
 TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
@@ -240,12 +194,9 @@ TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
     s.add(0, 0, 0);
     s.add(2, 0.2, 0.1);
     s.add(0.3, 1.7, -0.2);
-    for (int i = 0; i < 7; ++i)
-        for (int j = 0; j < 7; ++j)
-            s.add(0.1 + 0.25 * i, 0.1 + 0.22 * j, -0.3 + 0.1 * ((i + j) % 7));
-    s.linkChain();
+    for (int i = 0; i < 49; ++i)
+        s.add(0.1 + 0.25 * (i % 7), 0.1 + 0.22 * (i / 7), -0.3 + 0.1 * ((i % 7 + i / 7) % 7));
     auto t = makeTriangle(s, "NODES 1 2 3 T 0.8 FACTOR 25 FRICTION 0.4");
-    double sum[3] = {0, 0, 0};
     for (int step = 0; step < 3; ++step) {
         s.clearForces();
         for (std::size_t k = 3; k < s.list.size(); ++k)
@@ -253,24 +204,21 @@ TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
         s.linkChain();
         t->updateLocalCoordinateSystem();
         t->computeContactForces();
-        sum[0] = sum[1] = sum[2] = 0;
+        double sum[3] = {0, 0, 0}, pressed = 0;
         for (auto& n : s.list) {
             sum[0] += n->getXContactForce();
             sum[1] += n->getYContactForce();
             sum[2] += n->getZContactForce();
+            pressed += std::fabs(n->getZContactForce());
         }
         for (double v : sum)
             EXPECT_NEAR(v, 0.0, 1e-12);
+        EXPECT_GT(pressed, 10.0); // several nodes are in contact
     }
-    double pressed = 0;
-    for (auto& n : s.list)
-        pressed += std::fabs(n->getZContactForce());
-    EXPECT_GT(pressed, 10.0); // several nodes were in contact
 }
 
 namespace {
-// A node in contact on the unit triangle: positions in steps, and the
-// tangential force the node receives at each step.
+// One node in contact with the unit triangle, moved step by step.
 struct FrictionRun {
     NodeSet s;
     std::shared_ptr<Node> slave;
@@ -281,7 +229,6 @@ struct FrictionRun {
         s.add(1, 0, 0);
         s.add(0, 1, 0);
         slave = s.add(0.2, 0.2, z);
-        s.linkChain();
         t = makeTriangle(s, deck);
     }
     void stepTo(double x, double y) {
@@ -301,59 +248,42 @@ TEST(ContactTriangleFriction, HalvedOnFirstSlipAndOnReversal) {
     r.stepTo(0.2, 0.2); // first contact: recorded, no friction
     expectForce(r.slave, 0, 0, 4);
     ASSERT_EQ(r.t->getFrictionHistory().size(), 1u);
-    EXPECT_FALSE(r.t->getFrictionHistory()[0].incrementSet);
-
     r.stepTo(0.3, 0.2); // first slip: half, against the slip
     expectForce(r.slave, -1.0, 0, 4);
-    EXPECT_TRUE(r.t->getFrictionHistory()[0].incrementSet);
     r.stepTo(0.4, 0.2); // same direction: full
     expectForce(r.slave, -2.0, 0, 4);
     r.stepTo(0.3, 0.2); // reversal: half
     expectForce(r.slave, 1.0, 0, 4);
     r.stepTo(0.2, 0.2); // continued: full
     expectForce(r.slave, 2.0, 0, 4);
-    r.stepTo(0.2, 0.2); // no slip: no friction
+    // A turn of exactly 90 degrees: acos(0) = 1.570796... < 1.5708, full.
+    r.stepTo(0.2, 0.3);
+    expectForce(r.slave, 0, -2.0, 4);
+    // A turn of 135 degrees: halved, against the new slip (1, -1)/sqrt(2).
+    r.stepTo(0.3, 0.2);
+    expectForce(r.slave, -1.0 / std::sqrt(2.0), 1.0 / std::sqrt(2.0), 4);
+    r.stepTo(0.3, 0.2); // no slip: no friction
     expectForce(r.slave, 0, 0, 4);
-    // The triangle's nodes take the reaction: total tangential force is zero.
-    double fx = 0;
+    double fx = 0; // the triangle's nodes take the reaction
     for (auto& n : r.s.list)
         fx += n->getXContactForce();
     EXPECT_NEAR(fx, 0.0, 1e-14);
 }
 
-TEST(ContactTriangleFriction, TurningThresholdIsJustAboveARightAngle) {
-    FrictionRun r("NODES 1 2 3 T 1.0 FACTOR 10 FRICTION 0.5", 0.3);
-    r.stepTo(0.2, 0.2);
-    r.stepTo(0.3, 0.2);
-    r.stepTo(0.4, 0.2);
-    // A turn of exactly 90 degrees: acos(0) = 1.570796... < 1.5708, full friction.
-    r.stepTo(0.4, 0.3);
-    expectForce(r.slave, 0, -2.0, 4);
-    // A turn of 135 degrees: halved, against the new slip (-1, -1)/sqrt(2).
-    r.stepTo(0.3, 0.2);
-    expectForce(r.slave, 1.0 / std::sqrt(2.0), 1.0 / std::sqrt(2.0), 4, 1e-12);
-}
-
 TEST(ContactTriangleFriction, OpposesTheSlipFromBothSidesAndForSolid) {
     FrictionRun below("NODES 1 2 3 T 1.0 FACTOR 10 FRICTION 0.5", -0.3);
-    below.stepTo(0.2, 0.2);
-    below.stepTo(0.2, 0.3);
-    below.stepTo(0.2, 0.4);
+    for (double y : {0.2, 0.3, 0.4})
+        below.stepTo(0.2, y);
     expectForce(below.slave, 0, -2.0, -4);
-
     // SOLID: fn = 10 (-0.1) = -1, mu |fn| = 0.5.
     FrictionRun solid("NODES 1 2 3 TYPE SOLID FACTOR 10 FRICTION 0.5", -0.1);
-    solid.stepTo(0.2, 0.2);
-    solid.stepTo(0.3, 0.2);
-    solid.stepTo(0.4, 0.2);
+    for (double x : {0.2, 0.3, 0.4})
+        solid.stepTo(x, 0.2);
     expectForce(solid.slave, -0.5, 0, 1.0);
-}
-
-TEST(ContactTriangleFriction, NoFrictionKeywordMeansNoHistory) {
-    FrictionRun r("NODES 1 2 3 T 1.0 FACTOR 10", 0.3);
-    r.stepTo(0.2, 0.2);
-    r.stepTo(0.3, 0.2);
-    r.stepTo(0.4, 0.2);
-    expectForce(r.slave, 0, 0, 4);
-    EXPECT_TRUE(r.t->getFrictionHistory().empty());
+    // Without FRICTION no history is kept and no tangential force arises.
+    FrictionRun none("NODES 1 2 3 T 1.0 FACTOR 10", 0.3);
+    for (double x : {0.2, 0.3, 0.4})
+        none.stepTo(x, 0.2);
+    expectForce(none.slave, 0, 0, 4);
+    EXPECT_TRUE(none.t->getFrictionHistory().empty());
 }
