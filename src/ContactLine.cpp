@@ -16,6 +16,10 @@ std::string tokenText(const Token& t) {
 // of closest points.
 constexpr double parallel_limit_ = 1e-15;
 
+// Closest points at a segment's end node count as on the segment; rounding
+// could otherwise let a line cross exactly at a node between two segments.
+constexpr double end_tolerance_ = 1e-12;
+
 unsigned long search_counter_ = 0;
 
 inline void crossProduct(const double* a, const double* b, double* c) {
@@ -208,7 +212,9 @@ bool ContactLine::checkContact(ContactLine* other) {
     const double det = dot(a, row0);
     const double s = dot(row0, r) / det, t = dot(row1, r) / det;
     double d = dot(row2, r) / det;
-    if (!(s >= 0.0 && s <= 1.0 && t >= 0.0 && t <= 1.0 && std::fabs(d) <= radius)) return false;
+    if (!(s >= -end_tolerance_ && s <= 1.0 + end_tolerance_ && t >= -end_tolerance_ &&
+          t <= 1.0 + end_tolerance_ && std::fabs(d) <= radius))
+        return false;
     if (d < 0.0) {
         d = -d;
         for (double& c : n)

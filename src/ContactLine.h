@@ -6,7 +6,7 @@
 // take -(1 - s) f n and -s f n.
 // Segment to segment: the closest points of the lines A + s a and B + t b
 // solve A + s a + d n = B + t b with n = a x b / |a x b|; for 0 <= s, t <= 1
-// and |d| <= R the lines are pushed apart with f = FACTOR (1 - |d|/R): this
+// (end nodes included, to within rounding) and |d| <= R the lines are pushed apart with f = FACTOR (1 - |d|/R): this
 // segment's nodes take -(1 - s) f n, -s f n, the other's (1 - t) f n, t f n.
 #pragma once
 

@@ -18,6 +18,10 @@ std::invalid_argument notRecognized(const Token& t) {
 
 // Friction acts on the direction of the slip; below this length the node sticks.
 constexpr double smallest_slip_ = 1e-15;
+// A node on an edge is inside the face; rounding can make an area coordinate
+// of such a node a few units of 1e-16 negative, and a node on the edge shared
+// by two triangles would then slip between both.
+constexpr double edge_tolerance_ = 1e-12;
 // Turning angle (radians) from which a slip counts as reversed.
 constexpr double reversal_angle_ = 1.5708;
 } // namespace
@@ -156,7 +160,9 @@ bool ContactTriangle::checkContact(const Node* node) {
     areaCoordinates[2] = c[5] * p[1];
     for (int r = 0; r < 3; ++r)
         localPosition[r] = p[r];
-    if (areaCoordinates[0] < 0.0 || areaCoordinates[1] < 0.0 || areaCoordinates[2] < 0.0) return false;
+    if (areaCoordinates[0] < -edge_tolerance_ || areaCoordinates[1] < -edge_tolerance_ ||
+        areaCoordinates[2] < -edge_tolerance_)
+        return false;
 
     if (contactType == 0) {
         const double half = 0.5 * thickness;

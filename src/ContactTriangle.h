@@ -2,7 +2,7 @@
 // In the triangle's local frame R (e1 along edge 1-2, e3 the unit normal) a
 // node at p = R (x - x1) lies over the face when its area coordinates
 //   N1 = c0 + c1 px + c2 py,  N2 = c3 px + c4 py,  N3 = c5 py
-// are all non-negative. SHELL (two-sided, thickness T): the node penetrates
+// are all non-negative (edges belong to the face, to within rounding). SHELL (two-sided, thickness T): the node penetrates
 // when |pz| <= T/2, gap g = pz -+ T/2, normal force fn = FACTOR g / (T/2).
 // SOLID (one-sided): the node penetrates when pz <= 0, g = pz, fn = FACTOR g.
 // With friction mu the tangential force mu |fn| opposes the slip increment of

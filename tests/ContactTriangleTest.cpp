@@ -153,6 +153,22 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     expectForce(c, 0, 0, -4);
 }
 
+TEST(ContactTriangleMechanics, NodeOnASharedEdgeIsNotLostToRounding) {
+    // The centre of this quad lies on its diagonal, yet its computed area
+    // coordinates are -5.6e-17 in one triangle and -2.4e-16 in the other.
+    NodeSet s;
+    s.add(39.78571429, 39.5, -1);
+    s.add(60.21428571, 39.5, -1);
+    s.add(60.21428571, 60.5, -1);
+    s.add(39.78571429, 60.5, -1);
+    auto centre = s.add(50, 50, -0.6);
+    s.linkChain();
+    auto lower = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    auto upper = makeTriangle(s, "NODES 1 3 4 T 1.0 FACTOR 10");
+    EXPECT_TRUE(lower->checkContact(centre));
+    EXPECT_TRUE(upper->checkContact(centre));
+}
+
 TEST_F(UnitTriangle, SolidIsOneSidedAndNoTriangleTouchesItsOwnNodes) {
     auto above = s.add(0.25, 0.25, 0.01);
     auto below = s.add(0.3, 0.25, -0.01);
