@@ -3,10 +3,13 @@
 // refresh of the spatial index), then the contact part again with every
 // contact element walking the x-ordered node chain instead of the index.
 //
-//     ContactSearchBench deck.txt [repeats]
+//     ContactSearchBench deck.txt [repeats] [index]
 //
-// Prints one line: nodes, contact elements, seconds per step (whole step,
-// contact with index, contact by chain walk).
+// ("index" skips the chain walk).
+//
+// Prints one line: nodes, contact elements, candidate nodes that the
+// triangles visit per step (with the index), and seconds per step (whole
+// step, contact with the index, contact by chain walk).
 #include "ContactLine.h"
 #include "ContactSearch.h"
 #include "ContactTriangle.h"
@@ -21,6 +24,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -35,17 +39,18 @@ double secondsPer(int repeats, const std::function<void()>& work) {
     const double start = now();
     for (int i = 0; i < repeats; ++i)
         work();
-    return (now() - start) / repeats;
+    return repeats > 0 ? (now() - start) / repeats : 0.0;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::cerr << "usage: ContactSearchBench deck.txt [repeats]\n";
+        std::cerr << "usage: ContactSearchBench deck.txt [repeats] [index]\n";
         return 1;
     }
     const int repeats = argc > 2 ? std::stoi(argv[2]) : 10;
+    const bool walkToo = !(argc > 3 && std::string(argv[3]) == "index");
     std::ostringstream sink;
     std::streambuf* console = std::cout.rdbuf(sink.rdbuf());
     auto model = std::make_unique<Model>(1, argv[1]);
@@ -55,53 +60,48 @@ int main(int argc, char** argv) {
     double candidate = 90000.0;
     model->step(candidate); // first touch of every array
 
+    std::vector<ContactTriangle*> triangles;
+    std::vector<ContactLine*> lines;
+    for (const auto& e : model->getElements()) {
+        if (auto* t = dynamic_cast<ContactTriangle*>(e.get())) triangles.push_back(t);
+        if (auto* l = dynamic_cast<ContactLine*>(e.get())) lines.push_back(l);
+    }
     long visits = 0;
-    for (const auto& e : model->getElements())
-        if (auto* t = dynamic_cast<ContactTriangle*>(e.get())) t->visitCandidates([&](Node*) { ++visits; });
-    std::fprintf(stderr, "candidates visited per step: %ld\n", visits);
-    int contactElements = 0;
-    for (const auto& e : model->getElements())
-        if (dynamic_cast<ContactTriangle*>(e.get()) || dynamic_cast<ContactLine*>(e.get())) ++contactElements;
-    auto contactPart = [&]() {
-        for (const auto& e : model->getElements()) {
-            e->updateLocalCoordinateSystem();
-            e->computeContactForces();
-        }
-        if (model->getContactSearch()) model->getContactSearch()->update(model->getNodes());
+    for (ContactTriangle* t : triangles)
+        t->visitCandidates([&](Node*, double, double, double) { ++visits; });
+
+    auto clear = [&]() {
         for (const auto& n : model->getNodes())
             n->clearNodalForces();
     };
-    const double wholeStep = secondsPer(repeats, [&]() {
-        model->step(candidate);
-        for (const auto& n : model->getNodes())
-            n->clearNodalForces();
-    });
-    const double indexed = secondsPer(repeats, contactPart);
-    const double refresh =
-        secondsPer(repeats, [&]() { model->getContactSearch()->update(model->getNodes()); });
-    const double bases = secondsPer(repeats, [&]() {
-        for (const auto& e : model->getElements())
-            e->updateLocalCoordinateSystem();
-    });
-    std::fprintf(stderr, "index refresh %.3e s, element bases %.3e s\n", refresh, bases);
-
-    auto index = model->getContactSearch();
-    for (const auto& e : model->getElements()) {
-        if (auto* t = dynamic_cast<ContactTriangle*>(e.get())) t->setContactSearch(nullptr);
-        if (auto* l = dynamic_cast<ContactLine*>(e.get())) l->setContactSearch(nullptr);
-    }
-    const double walked = secondsPer(repeats, [&]() {
+    auto contactForces = [&]() {
         for (const auto& e : model->getElements()) {
             e->updateLocalCoordinateSystem();
             e->computeContactForces();
         }
-        for (const auto& n : model->getNodes())
-            n->clearNodalForces();
+    };
+    const double wholeStep = secondsPer(repeats, [&]() {
+        model->step(candidate);
+        clear();
+    });
+    const double indexed = secondsPer(repeats, [&]() {
+        contactForces();
+        model->getContactSearch()->update(model->getNodes());
+        clear();
+    });
+    for (ContactTriangle* t : triangles)
+        t->setContactSearch(nullptr);
+    for (ContactLine* l : lines)
+        l->setContactSearch(nullptr);
+    const double walked = secondsPer(walkToo ? repeats : 0, [&]() {
+        contactForces();
+        clear();
     });
     const std::size_t nodeCount = model->getNodes().size();
     model.reset();
     std::cout.rdbuf(console);
-    std::printf("%zu nodes %d contact elements: step %.3e s, contact %.3e s (index), %.3e s (chain walk)\n",
-                nodeCount, contactElements, wholeStep, indexed, walked);
+    std::printf("%zu nodes, %zu contact elements, %ld triangle candidates; seconds per step: whole %.3e, "
+                "contact %.3e (index), %.3e (chain walk)\n",
+                nodeCount, triangles.size() + lines.size(), visits, wholeStep, indexed, walked);
     return 0;
 }

@@ -132,13 +132,12 @@ void ContactLine::setBoundingBox() {
     boundingBox[3] = std::min(a.getZ_pos(), b.getZ_pos()) - radius;
 }
 
-bool ContactLine::checkContact(const Node* node) {
+bool ContactLine::checkContact(const Node* node, double x, double y, double z) {
     if (node == nodes[0].get() || node == nodes[1].get()) return false;
-    const double y = node->getY_pos(), z = node->getZ_pos();
     if (y < boundingBox[1] || y > boundingBox[0] || z < boundingBox[3] || z > boundingBox[2]) return false;
 
     const Node& a = *nodes[0];
-    const double ap[3] = {node->getX_pos() - a.getX_pos(), y - a.getY_pos(), z - a.getZ_pos()};
+    const double ap[3] = {x - a.getX_pos(), y - a.getY_pos(), z - a.getZ_pos()};
     const double lengthSquared = dot(segment, segment);
     // A segment of zero length acts as a sphere around its nodes.
     const double s = lengthSquared > 0.0 ? dot(ap, segment) / lengthSquared : 0.0;
@@ -251,8 +250,8 @@ void ContactLine::computeContactForces() {
     updateLocalCoordinateSystem();
     setBoundingBox();
     visitCandidates(
-        [this](Node* n) {
-            if (checkContact(n)) applyNodeContact(*n);
+        [this](Node* n, double x, double y, double z) {
+            if (checkContact(n, x, y, z)) applyNodeContact(*n);
         },
         [this](ContactLine* other) {
             if (checkContact(other)) applyLineContact(*other);

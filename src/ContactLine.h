@@ -6,8 +6,8 @@
 // take -(1 - s) f n and -s f n.
 // Segment to segment: the closest points of the lines A + s a and B + t b
 // solve A + s a + d n = B + t b with n = a x b / |a x b|; for 0 <= s, t <= 1
-// (end nodes included, to within rounding) and |d| <= R the lines are pushed apart with f = FACTOR (1 - |d|/R): this
-// segment's nodes take -(1 - s) f n, -s f n, the other's (1 - t) f n, t f n.
+// (end nodes included, to within rounding) and |d| <= R the lines are pushed apart with f = FACTOR (1 -
+// |d|/R): this segment's nodes take -(1 - s) f n, -s f n, the other's (1 - t) f n, t f n.
 #pragma once
 
 #include "ContactSearch.h"
@@ -42,11 +42,15 @@ public:
     std::shared_ptr<Node> getNode(int i) const { return nodes.at(i); }
     // Node-to-segment test; on success s, d and the direction stay in the fields.
     bool checkContact(std::shared_ptr<Node>& node) { return checkContact(node.get()); }
-    bool checkContact(const Node* node);
+    bool checkContact(const Node* node) {
+        return checkContact(node, node->getX_pos(), node->getY_pos(), node->getZ_pos());
+    }
+    // The same test for a node at the given current position.
+    bool checkContact(const Node* node, double x, double y, double z);
     // Segment-to-segment test; on success s, t, d and the direction stay in the fields.
     bool checkContact(ContactLine* other);
 
-    // Visits the candidates of the search: visitNode(Node*) for every node
+    // Visits the candidates of the search: visitNode(Node*, x, y, z) for every node
     // whose x lies in the line's x range widened by R, and visitLine(ContactLine*)
     // once for every contact line attached to such a node. Walks the x-ordered
     // node chain, or uses the model's spatial index, which leaves out nodes
@@ -116,7 +120,7 @@ void ContactLine::visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLi
         return;
     }
     auto visit = [&](Node* n) {
-        visitNode(n);
+        visitNode(n, n->getX_pos(), n->getY_pos(), n->getZ_pos());
         for (ContactLine* other : n->contactLineList())
             if (firstVisit(other)) visitLine(other);
     };

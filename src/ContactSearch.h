@@ -46,11 +46,13 @@ public:
     // different vector or a new size is taken as a new set of nodes).
     void update(const std::vector<std::shared_ptr<Node>>& nodes);
 
-    // Calls visit(Node*) once for every node with xLow < x < xHigh that the
+    // Calls visit(Node*, x, y, z) once for every node with xLow < x < xHigh that the
     // box [yLow, yHigh] x [zLow, zHigh] does not reject: the same test as the
     // contact elements' own (a coordinate below the low or above the high
     // bound rejects), made on positions copied next to each other so that far
-    // nodes cost no visit of the node itself.
+    // nodes cost no visit of the node itself. The positions handed over are
+    // those of the last update, which are the nodes' own as long as nothing
+    // moved them since.
     template <class Visitor>
     void forEachNode(double xLow, double xHigh, double yLow, double yHigh, double zLow, double zHigh,
                      Visitor&& visit) const {
@@ -61,12 +63,12 @@ public:
             for (int k = first; k < last; ++k) {
                 const Entry& e = nodeItems[k];
                 if (e.x > xLow && e.x < xHigh && !(e.y < yLow || e.y > yHigh || e.z < zLow || e.z > zHigh))
-                    visit(e.node);
+                    visit(e.node, e.x, e.y, e.z);
             }
         }
         for (Node* n : looseNodes) {
             const double x = n->getX_pos(), y = n->getY_pos(), z = n->getZ_pos();
-            if (x > xLow && x < xHigh && !(y < yLow || y > yHigh || z < zLow || z > zHigh)) visit(n);
+            if (x > xLow && x < xHigh && !(y < yLow || y > yHigh || z < zLow || z > zHigh)) visit(n, x, y, z);
         }
     }
 

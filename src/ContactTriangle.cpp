@@ -146,8 +146,7 @@ void ContactTriangle::setBoundingBox() {
     boundingBox[3] = zMin - thickness;
 }
 
-bool ContactTriangle::checkContact(const Node* node) {
-    const double x = node->getX_pos(), y = node->getY_pos(), z = node->getZ_pos();
+bool ContactTriangle::checkContact(const Node* node, double x, double y, double z) {
     if (y < boundingBox[1] || y > boundingBox[0] || z < boundingBox[3] || z > boundingBox[2]) return false;
     if (node == nodes[0].get() || node == nodes[1].get() || node == nodes[2].get()) return false;
 
@@ -245,8 +244,8 @@ void ContactTriangle::applyContact(Node* node) {
 void ContactTriangle::computeContactForces() {
     totalContactForce = 0.0;
     setBoundingBox();
-    visitCandidates([this](Node* n) {
-        if (checkContact(n)) applyContact(n);
+    visitCandidates([this](Node* n, double x, double y, double z) {
+        if (checkContact(n, x, y, z)) applyContact(n);
     });
 }
 

@@ -2,11 +2,10 @@
 // In the triangle's local frame R (e1 along edge 1-2, e3 the unit normal) a
 // node at p = R (x - x1) lies over the face when its area coordinates
 //   N1 = c0 + c1 px + c2 py,  N2 = c3 px + c4 py,  N3 = c5 py
-// are all non-negative (edges belong to the face, to within rounding). SHELL (two-sided, thickness T): the node penetrates
-// when |pz| <= T/2, gap g = pz -+ T/2, normal force fn = FACTOR g / (T/2).
-// SOLID (one-sided): the node penetrates when pz <= 0, g = pz, fn = FACTOR g.
-// With friction mu the tangential force mu |fn| opposes the slip increment of
-// the node in the local plane, halved on the first slip and whenever the slip
+// are all non-negative (edges belong to the face, to within rounding). SHELL (two-sided, thickness T): the
+// node penetrates when |pz| <= T/2, gap g = pz -+ T/2, normal force fn = FACTOR g / (T/2). SOLID (one-sided):
+// the node penetrates when pz <= 0, g = pz, fn = FACTOR g. With friction mu the tangential force mu |fn|
+// opposes the slip increment of the node in the local plane, halved on the first slip and whenever the slip
 // turns by a right angle or more. The node receives -R^T f and the triangle's
 // nodes receive N_i R^T f, so the contact forces are self-equilibrated.
 #pragma once
@@ -50,7 +49,11 @@ public:
     // Penetration test of one node against the current geometry; on success
     // the gap, the area coordinates and the local position stay in the fields.
     bool checkContact(std::shared_ptr<Node>& node) { return checkContact(node.get()); }
-    bool checkContact(const Node* node);
+    bool checkContact(const Node* node) {
+        return checkContact(node, node->getX_pos(), node->getY_pos(), node->getZ_pos());
+    }
+    // The same test for a node at the given current position.
+    bool checkContact(const Node* node, double x, double y, double z);
     // Adds the friction part of the contact force being built for a node that
     // has just passed checkContact.
     void computeFrictionForces(std::shared_ptr<Node> node) { addFriction(node.get()); }
@@ -58,7 +61,8 @@ public:
     // Visits the candidate nodes of the search: every node whose x lies in the
     // triangle's x range widened by T/2 (the triangle's own nodes may be among
     // them). Walks the x-ordered node chain, or uses the model's spatial
-    // index, which leaves out nodes that the y/z box test would reject.
+    // index, which leaves out nodes that the y/z box test would reject. The
+    // visitor is called as visit(Node*, x, y, z) with the node's position.
     template <class Visitor> void visitCandidates(Visitor&& visit);
 
     double getThickness() const { return thickness; }
@@ -122,7 +126,7 @@ template <class Visitor> void ContactTriangle::visitCandidates(Visitor&& visit) 
     // Along the chain: leftwards from the lowest node, then rightwards from it
     // through the highest node and on while x < x(high) + T/2.
     for (Node* n = low->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour())
-        visit(n);
+        visit(n, n->getX_pos(), n->getY_pos(), n->getZ_pos());
     bool passedHigh = (low == high);
     for (Node* n = low->rightNeighbour(); n && (!passedHigh || n->getX_pos() < xHigh);
          n = n->rightNeighbour()) {
@@ -130,6 +134,6 @@ template <class Visitor> void ContactTriangle::visitCandidates(Visitor&& visit) 
             passedHigh = true;
             continue;
         }
-        visit(n);
+        visit(n, n->getX_pos(), n->getY_pos(), n->getZ_pos());
     }
 }

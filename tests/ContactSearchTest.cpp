@@ -127,8 +127,8 @@ struct Scene {
 
     std::set<const Node*> found(ContactTriangle& t) {
         std::set<const Node*> hits;
-        t.visitCandidates([&](Node* n) {
-            if (t.checkContact(n)) {
+        t.visitCandidates([&](Node* n, double x, double y, double z) {
+            if (t.checkContact(n, x, y, z)) {
                 EXPECT_TRUE(hits.insert(n).second) << "node visited twice";
             }
         });
@@ -151,8 +151,8 @@ struct Scene {
 
     void found(ContactLine& l, std::set<const Node*>& nodeHits, std::set<const ContactLine*>& lineHits) {
         l.visitCandidates(
-            [&](Node* n) {
-                if (l.checkContact(n)) {
+            [&](Node* n, double x, double y, double z) {
+                if (l.checkContact(n, x, y, z)) {
                     EXPECT_TRUE(nodeHits.insert(n).second) << "node visited twice";
                 }
             },
@@ -273,4 +273,46 @@ TEST(ContactSearch, ScopeLendsTheIndexToElementsInitialisedInside) {
     inside.reset();
     EXPECT_EQ(index->getNumberOfLines(), 0);
     EXPECT_FALSE(index->isUsed());
+}
+
+TEST(ContactSearch, WorkPerTriangleStaysBoundedAsASheetOnAToolGrows) {
+    // A sheet of about n nodes 0.1 above a tool of n triangles: with the index
+    // each triangle visits a bounded number of nodes, where a walk along x
+    // visits a whole strip of the sheet, about sqrt(n) nodes.
+    auto visitsPerTriangle = [](int k, bool index) {
+        NodeSet s;
+        const int side = k - 1, sheet = static_cast<int>(std::lround(std::sqrt(2.0) * side));
+        const double h = static_cast<double>(side) / sheet;
+        for (int j = 0; j < k; ++j)
+            for (int i = 0; i < k; ++i)
+                s.add(i, j, 0);
+        for (int j = 0; j < sheet; ++j)
+            for (int i = 0; i < sheet; ++i)
+                s.add((i + 0.37) * h, (j + 0.41) * h, 0.1);
+        s.linkChain();
+        auto search = std::make_shared<ContactSearch>();
+        std::vector<std::shared_ptr<ContactTriangle>> tool;
+        for (int j = 0; j < side; ++j)
+            for (int i = 0; i < side; ++i) {
+                const int a = j * k + i + 1, b = a + 1, c = a + k + 1, d = a + k;
+                for (auto nodes : {std::to_string(a) + " " + std::to_string(b) + " " + std::to_string(c),
+                                   std::to_string(a) + " " + std::to_string(c) + " " + std::to_string(d)}) {
+                    auto t = std::make_shared<ContactTriangle>();
+                    t->parseOstrel(tokens("NODES " + nodes + " T 0.5"), s.list, s.map, no_materials_,
+                                   no_loads_);
+                    t->setInitialConditions();
+                    if (index) t->setContactSearch(search);
+                    tool.push_back(t);
+                }
+            }
+        search->update(s.list);
+        long visits = 0;
+        for (auto& t : tool)
+            t->visitCandidates([&](Node*, double, double, double) { ++visits; });
+        return static_cast<double>(visits) / tool.size();
+    };
+    const double small = visitsPerTriangle(11, true), large = visitsPerTriangle(41, true);
+    EXPECT_LT(large, 1.2 * small);
+    EXPECT_LT(large, 15.0);
+    EXPECT_GT(visitsPerTriangle(41, false), 3 * large); // the strip walk
 }
