@@ -170,6 +170,32 @@ TEST(GenDeck, ToolSurfaceContinuesTheNumberingBelowTheSheet) {
     EXPECT_TRUE(contains(text, "\n1 NODES 1 2 7 MATERIAL SHEET T 1 CONTACT BASIC\n"));
 }
 
+TEST(GenDeck, DomeToolIsASphericalCapWithATrackerOnAllItsNodes) {
+    const fs::path deck = scratchDir("gendeck_dome") / "dome.txt";
+    const auto r =
+        generate(deck, "--size 4 4 --div 2 2 --tool disc --tool-radius 3 --tool-rings 3 --tool-cap 1 "
+                       "--tool-offset 2 --tool-tracker PUNCH CONTACTFORCE Z");
+    ASSERT_EQ(r.status, 0) << r.err;
+    const DeckMesh m = readDeck(deck);
+    ASSERT_EQ(m.nodes.size(), 9u + 37u);
+    // Cap of height 1 on a rim of radius 3: sphere radius (9 + 1) / 2 = 5,
+    // centre 4 below the top; the rim stays in the tool's plane z = -2.
+    const double top = -1.0, sphere = 5.0;
+    EXPECT_NEAR(m.nodes.at(10)[2], top, 1e-9);
+    for (int n = 10; n <= 46; ++n) {
+        const auto& x = m.nodes.at(n);
+        EXPECT_NEAR(std::hypot(x[0] - 2, x[1] - 2, x[2] - (top - sphere)), sphere, 1e-8) << n;
+    }
+    EXPECT_NEAR(m.nodes.at(46)[2], -2.0, 1e-9);
+    for (const auto& [n, ids] : m.elements.at("CONTACT_TRIANGLE"))
+        EXPECT_GT(signedArea(m, ids), 0.0) << n;
+    std::string numbers;
+    for (int n = 10; n <= 46; ++n)
+        numbers += " " + std::to_string(n);
+    EXPECT_TRUE(contains(readFile(deck), "\nPUNCH NODES" + numbers + " DIRECTION Z TYPE CONTACTFORCE\n"));
+    EXPECT_EQ(generate(deck, "--tool rect --tool-cap 1").status, 2);
+}
+
 TEST(GenDeck, RejectsAnUnknownNodeSet) {
     const fs::path deck = scratchDir("gendeck_bad") / "bad.txt";
     const auto r = generate(deck, "--mesh disc --clamp left");

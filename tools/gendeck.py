@@ -21,6 +21,12 @@ Examples
   gendeck.py --mesh rect --size 10 10 --div 10 10 --contact BASIC \\
       --gravity -9810 --tool rect --tool-offset 2 -o drop.txt
 
+  # dome punch (a 15 high spherical cap) rising into a sheet held in z at its edges
+  gendeck.py --mesh rect --size 100 100 --div 20 20 --material textile \\
+      --pull left - - 0 --pull right - - 0 --pull bottom - - 0 --pull top - - 0 \\
+      --tool disc --tool-radius 30 --tool-cap 15 --tool-offset 16 \\
+      --tool-velocity 250 --tool-tracker PUNCH CONTACTFORCE Z -o dome.txt
+
 Node sets (for --clamp, --pull, --node-tracker): left, right, bottom, top,
 bl, br, tl, tr (the corners) and all for a rectangle; rim, center and all
 for a disc. A node belongs to the first condition that names it: clamps
@@ -162,6 +168,18 @@ def disc(radius, rings, center=(0.0, 0.0, 0.0)):
     return mesh
 
 
+def lift_to_cap(mesh, center, radius, height):
+    """Moves the nodes of a flat disc up onto the spherical cap of the given
+    height whose rim is the disc's rim; the triangles keep their upward order."""
+    if height <= 0 or height > radius:
+        raise ValueError("the cap height must be positive and at most the disc radius")
+    sphere = (radius * radius + height * height) / (2.0 * height)
+    cx, cy = center
+    for k, (x, y, z) in enumerate(mesh.points):
+        r2 = (x - cx) ** 2 + (y - cy) ** 2
+        mesh.points[k] = (x, y, z + math.sqrt(max(sphere * sphere - r2, 0.0)) - (sphere - height))
+
+
 def orient_up(points, tri):
     """The triangle with its node order turned so that its normal points to +z."""
     (x1, y1, _), (x2, y2, _), (x3, y3, _) = (points[i] for i in tri)
@@ -274,11 +292,15 @@ def build_parser():
     g.add_argument("--tool-factor", type=float)
     g.add_argument("--tool-friction", type=float)
     g.add_argument("--tool-type", choices=("SOLID", "SHELL"), default="SOLID")
+    g.add_argument("--tool-cap", type=float,
+                   help="lift a disc tool onto a spherical cap of this height above its rim (a dome punch)")
     g.add_argument("--tool-velocity", type=float, default=0.0, help="VZ of the tool, scaled by RAMP")
 
     g = p.add_argument_group("trackers")
     g.add_argument("--node-tracker", action="append", nargs=4, default=[],
                    metavar=("NAME", "SET", "TYPE", "DIR"), help="e.g. PULL right FORCE X")
+    g.add_argument("--tool-tracker", action="append", nargs=3, default=[], metavar=("NAME", "TYPE", "DIR"),
+                   help="node tracker on every tool node, e.g. TOOLLOAD CONTACTFORCE Z")
     g.add_argument("--element-tracker", action="append", nargs=4, default=[],
                    metavar=("NAME", "ELEMENTS", "COMPONENT", "TYPE"), help="e.g. SHEAR 1,5 C12 STRAIN")
 
@@ -486,6 +508,11 @@ def build(args):
         deck.elements.append(("ROD_2", rods))
 
     total_nodes = len(points)
+    tool_numbers = []
+    if args.tool_tracker and not args.tool:
+        raise ValueError("--tool-tracker needs a tool")
+    if args.tool_cap is not None and args.tool != "disc":
+        raise ValueError("--tool-cap needs a disc tool")
     if args.tool:
         x0, y0, z0 = args.origin
         if args.tool == "rect":
@@ -509,10 +536,13 @@ def build(args):
             else:
                 cx, cy = x0, y0
             tool = disc(radius, args.tool_rings, (cx, cy, z0 - args.tool_offset))
+            if args.tool_cap:
+                lift_to_cap(tool, (cx, cy), radius, args.tool_cap)
         words = ["TOOL", "VX", "0", "VY", "0", "VZ", fmt(args.tool_velocity)]
         if moving_tool:
             words += ["AMPLITUDE", "RAMP"]
         deck.constraints.append(" ".join(words))
+        tool_numbers = [total_nodes + k + 1 for k in range(len(tool.points))]
         for k, (x, y, z) in enumerate(tool.points):
             deck.nodes.append("%d X %s Y %s Z %s CONSTRAINT TOOL" % (total_nodes + k + 1, fmt(x), fmt(y), fmt(z)))
         tool_lines = []
@@ -531,6 +561,9 @@ def build(args):
 
     for name, set_name, kind, direction in args.node_tracker:
         numbers = " ".join(str(i + 1) for i in sheet.sets[set_name])
+        deck.trackers.append(("NODE", "%s NODES %s DIRECTION %s TYPE %s" % (name, numbers, direction, kind)))
+    for name, kind, direction in args.tool_tracker:
+        numbers = " ".join(str(n) for n in tool_numbers)
         deck.trackers.append(("NODE", "%s NODES %s DIRECTION %s TYPE %s" % (name, numbers, direction, kind)))
     for name, ids, component, kind in args.element_tracker:
         numbers = " ".join(ids.replace(",", " ").split())
