@@ -133,6 +133,9 @@ void ContactLine::setBoundingBox() {
 }
 
 bool ContactLine::checkContact(const Node* node, double x, double y, double z) {
+    // A line of no radius (a rod thinner than the six decimals of its radius
+    // text) reaches nothing: its force law FACTOR (1 - d/R) has no value there.
+    if (!(radius > 0.0)) return false;
     if (node == nodes[0].get() || node == nodes[1].get()) return false;
     if (y < boundingBox[1] || y > boundingBox[0] || z < boundingBox[3] || z > boundingBox[2]) return false;
 
@@ -174,7 +177,7 @@ bool ContactLine::checkContact(const Node* node, double x, double y, double z) {
 }
 
 bool ContactLine::checkContact(ContactLine* other) {
-    if (other == this) return false;
+    if (other == this || !(radius > 0.0)) return false;
     const Node& b0 = *other->nodes[0];
     const Node& b1 = *other->nodes[1];
     if ((b0.getY_pos() < boundingBox[1] && b1.getY_pos() < boundingBox[1]) ||

@@ -164,8 +164,9 @@ bool ContactTriangle::checkContact(const Node* node, double x, double y, double 
         return false;
 
     if (contactType == 0) {
+        // Without thickness the two-sided surface has no penetration to measure.
         const double half = 0.5 * thickness;
-        if (std::fabs(p[2]) > half) return false;
+        if (!(half > 0.0) || std::fabs(p[2]) > half) return false;
         gap = p[2] > 0.0 ? p[2] - half : p[2] + half;
         return true;
     }

@@ -89,7 +89,15 @@ TEST(ContactLineParse, DefaultsAndTheTokenListARodHandsOver) {
     EXPECT_EQ(line->getNode(0)->getNumber(), 2);
     std::vector<Token> tiny{Token("NODES"), Token("1"), Token("2"), Token("R"),
                             Token(std::to_string(0.0000004))};
-    EXPECT_EQ(parseLine(s, tiny)->getRadius(), 0.0);
+    auto thin = parseLine(s, tiny);
+    thin->setInitialConditions();
+    EXPECT_EQ(thin->getRadius(), 0.0);
+    // Such a line touches nothing, not even a node right on its axis.
+    auto onAxis = s.add(0.5, 0, 0);
+    s.linkChain();
+    EXPECT_FALSE(thin->checkContact(onAxis));
+    thin->computeContactForces();
+    EXPECT_EQ(onAxis->getZContactForce(), 0.0);
 }
 
 TEST(ContactLineParse, MadeByTheFactoryRegisteredWithItsNodesAndWrittenAsLine) {

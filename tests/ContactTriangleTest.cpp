@@ -169,6 +169,15 @@ TEST(ContactTriangleMechanics, NodeOnASharedEdgeIsNotLostToRounding) {
     EXPECT_TRUE(upper->checkContact(centre));
 }
 
+TEST_F(UnitTriangle, ShellWithoutThicknessTouchesNothing) {
+    auto inPlane = s.add(0.25, 0.25, 0); // would give FACTOR 0 / 0
+    s.linkChain();
+    auto t = makeTriangle(s, "NODES 1 2 3 T 0");
+    EXPECT_FALSE(t->checkContact(inPlane));
+    t->computeContactForces();
+    EXPECT_EQ(inPlane->getZContactForce(), 0.0);
+}
+
 TEST_F(UnitTriangle, SolidIsOneSidedAndNoTriangleTouchesItsOwnNodes) {
     auto above = s.add(0.25, 0.25, 0.01);
     auto below = s.add(0.3, 0.25, -0.01);
