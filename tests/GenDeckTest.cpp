@@ -229,3 +229,55 @@ TEST(GenDeck, GeneratedMembraneDeckRunsEndToEnd) {
     EXPECT_GT(vtk.points[1][2], 0.0);
     EXPECT_EQ(vtk.scalars.at("S12"), std::vector<double>(54, 0.0));
 }
+TEST(GenDeck, GeneratedContactSurfaceRunsEndToEnd) {
+    const fs::path dir = scratchDir("gendeck_run");
+    const fs::path deck = dir / "surface.txt";
+    ASSERT_EQ(generate(deck, "--size 3 2 --div 3 2 --element CONTACT_TRIANGLE --material none "
+                             "--tool disc --tool-rings 2 --step 0.001 --end 0.002 --print 0.001")
+                  .status,
+              0);
+    const auto r = runDrapex(deck);
+    ASSERT_TRUE(contains(r.out, " Exit Drapex")) << r.out << r.err;
+    const auto vtk = readLines(dir / "Results_surface" / "surface_0.vtk");
+    ASSERT_GT(vtk.size(), 6u);
+    EXPECT_EQ(vtk[4], "POINTS 32 float ");
+    int cells = -1, types = -1;
+    for (std::size_t i = 0; i < vtk.size(); ++i) {
+        if (vtk[i].rfind("CELLS ", 0) == 0) cells = static_cast<int>(i);
+        if (vtk[i].rfind("CELL_TYPES", 0) == 0) types = static_cast<int>(i);
+    }
+    ASSERT_GT(cells, 0);
+    EXPECT_EQ(vtk[cells], "CELLS 36 144");
+    EXPECT_EQ(vtk[types], "CELL_TYPES  36");
+    EXPECT_EQ(vtk[cells + 1], "3\t1\t2\t6");
+    EXPECT_EQ(vtk[cells + 13], "3\t14\t15\t13");
+}
+
+TEST(GenDeck, SheetDroppedOnAToolComesToRestOnIt) {
+    // A 9 x 9 textile sheet falls 1 mm under gravity onto a fixed SOLID tool
+    // and settles (damping): the tool carries the sheet's weight, rho A g,
+    // and every node sinks into it by its own weight over FACTOR.
+    const fs::path dir = scratchDir("gendeck_drop");
+    const fs::path deck = dir / "drop.txt";
+    ASSERT_EQ(generate(deck, "--size 9 9 --div 3 3 --material textile --rho 1e-6 --kwarp 10 --kweft 10 "
+                             "--damping 300 --gravity -9810 --tool rect --tool-size 12 10 --tool-div 1 1 "
+                             "--tool-offset 1 --tool-factor 1 --end 0.1 --print 0.01 "
+                             "--node-tracker SUPPORT all CONTACTFORCE Z")
+                  .status,
+              0);
+    const auto r = runDrapex(deck);
+    ASSERT_TRUE(contains(r.out, "Solving took")) << r.err;
+    const auto rows = readLines(dir / "SUPPORT.csv");
+    std::stringstream last(rows.back());
+    std::vector<double> values;
+    for (std::string cell; std::getline(last, cell, ',');)
+        values.push_back(std::stod(cell));
+    ASSERT_EQ(values.size(), 1u + 16u + 1u);
+    const double weight = 1e-6 * 81.0 * 9810.0;
+    EXPECT_NEAR(values.back(), weight, 0.01 * weight);
+    // Node 6 (interior, six triangles of area 4.5): depth m g / FACTOR.
+    const auto prints = readback::logValues(dir / "drop.md", "Current time: ").size();
+    const auto vtk =
+        readback::readVtk(dir / "Results_drop" / ("drop_" + std::to_string(prints - 1) + ".vtk"));
+    EXPECT_NEAR(vtk.points[6][2], -1.0 - 1e-6 * 9.0 * 9810.0 / 1.0, 1e-3);
+}

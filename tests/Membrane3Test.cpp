@@ -368,3 +368,55 @@ TEST(Membrane3Lifecycle, EachElementInitialisesItsOwnCopyOfTheMaterial) {
     EXPECT_EQ(shared->initialised, 0);
     EXPECT_EQ(std::static_pointer_cast<StubLaw>(a->getMaterial())->initialised, 1);
 }
+
+TEST(Membrane3Contact, FaceAndEdgeObjectsReceiveTheMembraneThicknessFactorAndFriction) {
+    Mesh m = Mesh::unitTriangle();
+    auto e = m.element(1, "NODES 1 2 3 MATERIAL STUB T 0.4 CONTACT EDGE FACTOR 10 FRICTION 0.1");
+    const auto& face = *e->getContactTriangle();
+    EXPECT_DOUBLE_EQ(face.getThickness(), 0.4);
+    EXPECT_DOUBLE_EQ(face.getFactor(), 10.0);
+    EXPECT_DOUBLE_EQ(face.getFriction(), 0.1);
+    EXPECT_EQ(face.getNodes(), e->getNodes());
+    const int ends[3][2] = {{1, 2}, {2, 3}, {3, 1}};
+    for (int i = 1; i <= 3; ++i) {
+        const auto& line = *e->getContactLine(i);
+        EXPECT_DOUBLE_EQ(line.getRadius(), 0.2);
+        EXPECT_DOUBLE_EQ(line.getFactor(), 10.0);
+        EXPECT_EQ(line.getNode(0)->getNumber(), ends[i - 1][0]);
+        EXPECT_EQ(line.getNode(1)->getNumber(), ends[i - 1][1]);
+    }
+    // The radius travels as six-decimal text.
+    auto thin = m.element(2, "NODES 1 2 3 MATERIAL STUB T 0.0000008 CONTACT EDGE");
+    EXPECT_DOUBLE_EQ(thin->getContactTriangle()->getThickness(), 0.000001);
+    EXPECT_EQ(thin->getContactLine(1)->getRadius(), 0.0);
+}
+
+TEST(Membrane3Contact, ContactForcesComeFromTheFaceAndTheEdges) {
+    // Face SHELL of thickness 0.4: node 4 at 0.1 above the face has the gap
+    // 0.1 - 0.2 and is pushed up by FACTOR 0.1 / 0.2 = 5. Edge 1-2 of radius
+    // 0.2: node 5 at 0.1 from it is pushed away by FACTOR (1 - 0.1/0.2) = 5,
+    // half of the reaction on each end.
+    Mesh m = Mesh::unitTriangle();
+    m.node(4, 0.3, 0.3, 0.1);
+    m.node(5, 0.5, -0.1, 0.0);
+    auto e = m.element(1, "NODES 1 2 3 MATERIAL STUB T 0.4 CONTACT EDGE FACTOR 10");
+    // The x-ordered chain of nodes that the contact search walks.
+    std::vector<std::shared_ptr<Node>> chain = {m.byNumber[1], m.byNumber[3], m.byNumber[4], m.byNumber[5],
+                                                m.byNumber[2]};
+    for (std::size_t i = 0; i < chain.size(); ++i) {
+        if (i > 0) chain[i]->setLeftNode(chain[i - 1]);
+        if (i + 1 < chain.size()) chain[i]->setRightNode(chain[i + 1]);
+    }
+    prepareAndStep(*e);
+    for (auto& n : m.nodes)
+        n->clearNodalForces();
+    e->updateLocalCoordinateSystem();
+    e->computeContactForces();
+    const double expected[5][3] = {
+        {0, 2.5, -5 * 0.4}, {0, 2.5, -5 * 0.3}, {0, 0, -5 * 0.3}, {0, 0, 5}, {0, -5, 0}};
+    for (int n = 1; n <= 5; ++n) {
+        EXPECT_NEAR(m.byNumber[n]->getXContactForce(), expected[n - 1][0], 1e-12) << "node " << n;
+        EXPECT_NEAR(m.byNumber[n]->getYContactForce(), expected[n - 1][1], 1e-12) << "node " << n;
+        EXPECT_NEAR(m.byNumber[n]->getZContactForce(), expected[n - 1][2], 1e-12) << "node " << n;
+    }
+}
