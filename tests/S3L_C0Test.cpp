@@ -208,13 +208,26 @@ TEST_F(ShellTest, DeckLineKeywordsMessagesAndContactObjects) {
     ASSERT_NE(basic->getContactTriangle(), nullptr);
     EXPECT_EQ(basic->getContactTriangle()->getNumber(), -1);
     EXPECT_EQ(basic->getContactLine(1), nullptr);
-    auto edge = make("NODES 1 2 3 MATERIAL STEEL T 0.2 CONTACT EDGE FRICTION 0.1");
+    EXPECT_DOUBLE_EQ(basic->getContactTriangle()->getThickness(), 0.2);
+    EXPECT_DOUBLE_EQ(basic->getContactTriangle()->getFactor(), 50.0);
+    auto edge = make("NODES 1 2 3 MATERIAL STEEL T 0.2 CONTACT EDGE FRICTION 0.1 FACTOR 7");
     EXPECT_EQ(edge->getContactType(), 302);
     ASSERT_NE(edge->getContactTriangle(), nullptr);
+    EXPECT_DOUBLE_EQ(edge->getContactTriangle()->getFriction(), 0.1);
+    const int ends[4][2] = {{0, 0}, {1, 2}, {2, 3}, {3, 1}};
     for (int i = 1; i <= 3; ++i) {
-        ASSERT_NE(edge->getContactLine(i), nullptr);
-        EXPECT_EQ(edge->getContactLine(i)->getNumber(), -i);
+        const auto line = edge->getContactLine(i);
+        ASSERT_NE(line, nullptr);
+        EXPECT_EQ(line->getNumber(), -i);
+        EXPECT_EQ(line->getNode(0)->getNumber(), ends[i][0]);
+        EXPECT_EQ(line->getNode(1)->getNumber(), ends[i][1]);
+        EXPECT_DOUBLE_EQ(line->getRadius(), 0.1); // half the thickness
+        EXPECT_DOUBLE_EQ(line->getFactor(), 7.0);
     }
+    // The thickness reaches the contact objects as six-decimal text.
+    auto thin = make("NODES 1 2 3 MATERIAL STEEL T 0.0000008 CONTACT EDGE");
+    EXPECT_EQ(thin->getContactTriangle()->getThickness(), 0.000001);
+    EXPECT_EQ(thin->getContactLine(1)->getRadius(), 0.0);
 }
 
 TEST_F(ShellTest, IntegrationTableFollowsNip) {
