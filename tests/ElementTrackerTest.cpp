@@ -24,7 +24,8 @@ protected:
     std::shared_ptr<StubElement> add(int number, const std::string& strain11 = "") {
         auto e = std::make_shared<StubElement>(number, std::vector<std::shared_ptr<Node>>{}, "3",
                                                [strain11](int what, int c, int) {
-                                                   if (what == 100 && c == 0 && !strain11.empty()) return strain11;
+                                                   if (what == 100 && c == 0 && !strain11.empty())
+                                                       return strain11;
                                                    return std::to_string(c) + (what == 100 ? ".25" : ".75");
                                                });
         elements[number] = e;

@@ -14,8 +14,8 @@ class StubElement : public Element {
 public:
     using Answer = std::function<std::string(int what, int component, int number)>;
 
-    StubElement(int n, std::vector<std::shared_ptr<Node>> elementNodes = {}, const std::string& cellType = "3",
-                Answer answer = {})
+    StubElement(int n, std::vector<std::shared_ptr<Node>> elementNodes = {},
+                const std::string& cellType = "3", Answer answer = {})
         : answer(std::move(answer)) {
         number = n;
         nodes = std::move(elementNodes);

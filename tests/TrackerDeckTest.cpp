@@ -147,7 +147,8 @@ std::string chain(int line, const std::string& message) {
 
 TEST(TrackerDeckTest, BadTrackerLinesAreReportedWithTheirDeckLine) {
     const std::pair<std::string, std::string> cases[] = {
-        {"TRACKERS TYPE NODE\nT1 NODES 1 DIRECTION X DIRECTION Y\n", "Tracker direction has been already set"},
+        {"TRACKERS TYPE NODE\nT1 NODES 1 DIRECTION X DIRECTION Y\n",
+         "Tracker direction has been already set"},
         {"TRACKERS TYPE NODE\nT1 NODES 1 TYPE FORCE TYPE POSITION\n", "Tracker type has been already set"},
         {"TRACKERS TYPE NODE\nT1 NODES 1 SPEED 3\n", "Input SPEED is not a tracker parameter"},
         {"TRACKERS TYPE NODE\nT1 NODES 1 7 DIRECTION X TYPE FORCE\n", "Node 7 is not found"},

@@ -111,7 +111,8 @@ TEST(VtkWriterTest, ExistingResultsAreReplacedAndMissingDeckIsRefused) {
         writer.initializeWriter(nodes, elements);
         writer.writeResults(nodes, elements);
     }
-    EXPECT_EQ(console, (std::vector<std::string>{"", " The results file exists, the results will be replaced\n"}));
+    EXPECT_EQ(console,
+              (std::vector<std::string>{"", " The results file exists, the results will be replaced\n"}));
     EXPECT_EQ(readback::readVtk(dir / "Results_job" / "job_0.vtk").points[2][0], 4.0);
 
     VtkWriter missing;
