@@ -119,12 +119,3 @@ TEST(AmpTabularTest, CopyKeepsNameButNotTheTable) {
     EXPECT_DOUBLE_EQ(c->at(1.0), 6.0);
     EXPECT_DOUBLE_EQ(a->at(0.5), 5.0);
 }
-
-TEST(AmpTabularTest, FactoryMessage) {
-    try {
-        AmplitudeLibrary::getAmplitudeOstrel("SMOOTH");
-        FAIL();
-    } catch (const std::invalid_argument& e) {
-        EXPECT_STREQ(e.what(), "Amplitude Type SMOOTH is not recognized");
-    }
-}

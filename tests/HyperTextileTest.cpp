@@ -269,9 +269,3 @@ TEST(HyperTextileCopy, CopiesOwnTheirYarnsAndLists) {
     const Result r = stressOf(*original, mat2(1.2, 0, 0, 1));
     EXPECT_NEAR(r.stress[0], 2 * 10 * std::log(1.2) / 1.2, 1e-12);
 }
-
-TEST(HyperTextileFactory, KeywordMakesTheTextileLaw) {
-    EXPECT_TRUE(std::dynamic_pointer_cast<HyperTextile>(MaterialLibrary::getMaterialOstrel("HYPERTEXTILE")));
-    EXPECT_EQ(mattest::invalidArgumentOf([] { MaterialLibrary::getMaterialOstrel("TEXTILE"); }),
-              "Material Type TEXTILE is not recognized");
-}

@@ -254,12 +254,3 @@ TEST(HyperelasticCopy, CopiesAreIndependent) {
     EXPECT_EQ(typed->getMuTerms(), (std::vector<double>{1.0, 3.0}));
     EXPECT_EQ(copy->getName(), "RUBBER");
 }
-
-TEST(HyperelasticFactory, KeywordMakesTheOgdenLaw) {
-    auto a = MaterialLibrary::getMaterialOstrel("HYPERELASTIC");
-    auto b = MaterialLibrary::getMaterialOstrel("HYPERELASTIC");
-    EXPECT_TRUE(std::dynamic_pointer_cast<Hyperelastic>(a));
-    EXPECT_NE(a.get(), b.get());
-    EXPECT_EQ(mattest::invalidArgumentOf([] { MaterialLibrary::getMaterialOstrel("Hyperelastic"); }),
-              "Material Type Hyperelastic is not recognized");
-}
