@@ -1,11 +1,18 @@
 // Small builders shared by the contact tests: free nodes at given positions,
-// token lists from text, and the x-ordered neighbour chain the model keeps.
+// token lists from text, contact elements parsed from a line, the x-ordered
+// neighbour chain the model keeps, and a check of a node's contact force.
 #pragma once
 
+#include "Element.h"
+#include "Load.h"
+#include "Material.h"
 #include "Node.h"
 #include "Token.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -13,6 +20,25 @@
 #include <vector>
 
 namespace contact_test {
+
+inline std::vector<Token> tokens(const std::string& text) {
+    std::vector<Token> out;
+    std::istringstream in(text);
+    std::string word;
+    while (in >> word)
+        out.emplace_back(word);
+    return out;
+}
+
+// Message of the exception of type E thrown by f, or a marker if none.
+template <class E = std::exception> std::string messageOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const E& e) {
+        return e.what();
+    }
+    return "<no exception>";
+}
 
 struct NodeSet {
     std::vector<std::shared_ptr<Node>> list;
@@ -28,6 +54,18 @@ struct NodeSet {
         list.push_back(n);
         map.emplace(n->getNumber(), n);
         return n;
+    }
+
+    // An element of type E parsed from a deck line on these nodes, without
+    // materials or loads; `init` also runs its set-up.
+    template <class E> std::shared_ptr<E> make(const std::string& text, bool init = true, int number = 1) {
+        static const std::vector<std::shared_ptr<Material>> noMaterials;
+        static const std::vector<std::shared_ptr<Load>> noLoads;
+        auto e = std::make_shared<E>();
+        e->setNumber(number);
+        e->parseOstrel(tokens(text), list, map, noMaterials, noLoads);
+        if (init) e->setInitialConditions();
+        return e;
     }
 
     // Stable sort by x and link left/right neighbours, as the model does.
@@ -61,13 +99,10 @@ struct NodeSet {
     }
 };
 
-inline std::vector<Token> tokens(const std::string& text) {
-    std::vector<Token> out;
-    std::istringstream in(text);
-    std::string word;
-    while (in >> word)
-        out.emplace_back(word);
-    return out;
+inline void expectForce(const std::shared_ptr<Node>& n, double fx, double fy, double fz, double tol = 1e-12) {
+    EXPECT_NEAR(n->getXContactForce(), fx, tol) << "node " << n->getNumber();
+    EXPECT_NEAR(n->getYContactForce(), fy, tol) << "node " << n->getNumber();
+    EXPECT_NEAR(n->getZContactForce(), fz, tol) << "node " << n->getNumber();
 }
 
 } // namespace contact_test

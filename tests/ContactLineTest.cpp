@@ -1,6 +1,5 @@
 #include "ContactLine.h"
 #include "ContactFixtures.h"
-#include "ElementLibrary.h"
 
 #include <gtest/gtest.h>
 
@@ -8,91 +7,59 @@
 #include <cmath>
 #include <stdexcept>
 
-using contact_test::NodeSet;
-using contact_test::tokens;
+using namespace contact_test;
 
 namespace {
-
-const std::vector<std::shared_ptr<Material>> no_materials_;
-const std::vector<std::shared_ptr<Load>> no_loads_;
-
-std::shared_ptr<ContactLine> parseLine(NodeSet& s, const std::vector<Token>& t, int number = 1) {
-    auto line = std::make_shared<ContactLine>();
-    line->setNumber(number);
-    line->parseOstrel(t, s.list, s.map, no_materials_, no_loads_);
-    return line;
-}
-
-std::shared_ptr<ContactLine> makeLine(NodeSet& s, const std::string& text) {
-    auto line = parseLine(s, tokens(text));
-    line->setInitialConditions();
-    return line;
-}
-
-std::string parseError(NodeSet& s, const std::string& text) {
-    try {
-        parseLine(s, tokens(text))->setInitialConditions();
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    }
-    return "no error";
-}
-
-void expectForce(const std::shared_ptr<Node>& n, double fx, double fy, double fz, double tol = 1e-12) {
-    EXPECT_NEAR(n->getXContactForce(), fx, tol) << "node " << n->getNumber();
-    EXPECT_NEAR(n->getYContactForce(), fy, tol) << "node " << n->getNumber();
-    EXPECT_NEAR(n->getZContactForce(), fz, tol) << "node " << n->getNumber();
-}
 
 // A unit segment along x from the origin.
 struct UnitLine : ::testing::Test {
     NodeSet s;
     std::shared_ptr<Node> a = s.add(0, 0, 0), b = s.add(1, 0, 0);
+    std::shared_ptr<ContactLine> make(const std::string& text) { return s.make<ContactLine>(text); }
 };
 
 } // namespace
 
-TEST(ContactLineParse, ErrorMessagesAreExact) {
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    EXPECT_EQ(parseError(s, "NODES 1 X"), "Not enough nodes inputs for Element Contact Line");
-    EXPECT_EQ(parseError(s, "NODES 1"), "Not enough nodes inputs for Element Contact Line");
-    EXPECT_EQ(parseError(s, "NODES 1 99"), "Node 99 is not found");
-    EXPECT_EQ(parseError(s, "NODES 1 2 R WIDE"), "Input R is not recognized");
-    EXPECT_EQ(parseError(s, "NODES 1 2 TYPE SHELL"), "Input TYPE is not recognized");
-    EXPECT_EQ(parseError(s, "NODES 1 2 FRICTION"), "Input FRICTION is not recognized");
-    EXPECT_EQ(parseError(s, "R 0.5"), "Nodes are not set for element number 1");
+TEST_F(UnitLine, DeckLineMessagesNodeRegistrationAndOutput) {
+    const struct {
+        const char *line, *message;
+    } cases[] = {{"NODES 1 X", "Not enough nodes inputs for Element Contact Line"},
+                 {"NODES 1", "Not enough nodes inputs for Element Contact Line"},
+                 {"NODES 1 99", "Node 99 is not found"},
+                 {"NODES 1 2 R WIDE", "Input R is not recognized"},
+                 {"NODES 1 2 TYPE SHELL", "Input TYPE is not recognized"},
+                 {"NODES 1 2 FRICTION", "Input FRICTION is not recognized"},
+                 {"R 0.5", "Nodes are not set for element number 1"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(messageOf<std::invalid_argument>([&] { make(c.line); }), c.message) << c.line;
+
+    // Parsing alone leaves the nodes alone; set-up (even twice) registers the
+    // line once with each of its nodes.
+    auto c = s.add(2, 0, 0);
+    auto line = s.make<ContactLine>("NODES 2 1", false);
+    EXPECT_TRUE(a->contactLineList().empty());
+    line->setInitialConditions();
+    line->setInitialConditions();
+    ASSERT_EQ(a->contactLineList().size(), 1u);
+    EXPECT_EQ(a->contactLineList()[0], line.get());
+    EXPECT_TRUE(b->contactLineCheck(a));
+    EXPECT_FALSE(a->contactLineCheck(c));
+    EXPECT_EQ(line->printVTK(0, 0), "3\n");
+    EXPECT_EQ(line->printVTK(1, 0), "2\t2\t1\n");
+    for (int code : {100, 200, 201})
+        EXPECT_EQ(line->printVTK(code, 3), "0.0");
+    EXPECT_EQ(line->checkTimestep(2.5), 2.5);
 }
 
-TEST(ContactLineParse, DefaultsAndTheTokenListARodHandsOver) {
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    auto plain = makeLine(s, "NODES 1 2");
-    EXPECT_EQ(plain->getRadius(), 0.1);
-    EXPECT_EQ(plain->getFactor(), 10.0);
-    EXPECT_EQ(plain->getFriction(), 0.0);
-    // A rod of diameter 0.002 hands over its radius as six-decimal text, and
-    // a diameter of 0.0000008 becomes a radius of zero.
-    std::vector<Token> t{Token("NODES"),
-                         Token(std::to_string(2)),
-                         Token(std::to_string(1)),
-                         Token("R"),
-                         Token(std::to_string(0.002 * 0.5)),
-                         Token("FACTOR"),
-                         Token(std::to_string(7.5))};
-    auto line = parseLine(s, t, -1);
-    line->setInitialConditions();
+TEST_F(UnitLine, RadiusHandedOverAsSixDecimalText) {
+    // A rod of diameter 0.002 hands over its radius as six-decimal text; a
+    // diameter of 0.0000008 becomes a radius of zero, and such a line touches
+    // nothing, not even a node right on its axis.
+    auto line = make("NODES 2 1 R " + std::to_string(0.002 * 0.5) + " FACTOR " + std::to_string(7.5));
     EXPECT_DOUBLE_EQ(line->getRadius(), 0.001);
     EXPECT_EQ(line->getFactor(), 7.5);
-    EXPECT_EQ(line->getNode(0)->getNumber(), 2);
-    std::vector<Token> tiny{Token("NODES"), Token("1"), Token("2"), Token("R"),
-                            Token(std::to_string(0.0000004))};
-    auto thin = parseLine(s, tiny);
-    thin->setInitialConditions();
+    auto thin = make("NODES 1 2 R " + std::to_string(0.0000004));
     EXPECT_EQ(thin->getRadius(), 0.0);
-    // Such a line touches nothing, not even a node right on its axis.
     auto onAxis = s.add(0.5, 0, 0);
     s.linkChain();
     EXPECT_FALSE(thin->checkContact(onAxis));
@@ -100,51 +67,26 @@ TEST(ContactLineParse, DefaultsAndTheTokenListARodHandsOver) {
     EXPECT_EQ(onAxis->getZContactForce(), 0.0);
 }
 
-TEST(ContactLineParse, MadeByTheFactoryRegisteredWithItsNodesAndWrittenAsLine) {
-    NodeSet s;
-    auto a = s.add(0, 0, 0);
-    auto b = s.add(1, 0, 0);
-    auto c = s.add(2, 0, 0);
-    auto e = ElementLibrary::getElementOstrel("CONTACT_LINE");
-    auto* line = dynamic_cast<ContactLine*>(e.get());
-    ASSERT_NE(line, nullptr);
-    e->parseOstrel(tokens("NODES 2 1"), s.list, s.map, no_materials_, no_loads_);
-    EXPECT_TRUE(a->contactLineList().empty()); // parsing alone leaves the nodes alone
-    e->setInitialConditions();
-    e->setInitialConditions();
-    ASSERT_EQ(a->contactLineList().size(), 1u);
-    EXPECT_EQ(a->contactLineList()[0], line);
-    EXPECT_TRUE(b->contactLineCheck(a));
-    EXPECT_FALSE(a->contactLineCheck(c));
-    EXPECT_EQ(e->printVTK(0, 0), "3\n");
-    EXPECT_EQ(e->printVTK(1, 0), "2\t2\t1\n");
-    for (int code : {100, 200, 201})
-        EXPECT_EQ(e->printVTK(code, 3), "0.0");
-    EXPECT_EQ(e->checkTimestep(2.5), 2.5);
-}
-
 TEST_F(UnitLine, ForceFallsLinearlyFromFactorOnTheAxisToZeroAtTheRadius) {
-    auto atRadius = s.add(0.5, 0, 0.5);
+    auto n = s.add(0.5, 0, 0.5);
     s.linkChain();
-    auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
-    ASSERT_TRUE(line->checkContact(atRadius));
+    auto line = make("NODES 1 2 R 0.5 FACTOR 10");
+    ASSERT_TRUE(line->checkContact(n));
     line->computeContactForces();
     for (auto& node : s.list)
         expectForce(node, 0, 0, 0, 0.0);
-
     // On the axis: FACTOR, along +z for a segment along x.
-    s.moveTo(atRadius, 0.5, 0, 0);
+    s.moveTo(n, 0.5, 0, 0);
     line->computeContactForces();
-    expectForce(atRadius, 0, 0, 10);
+    expectForce(n, 0, 0, 10);
     expectForce(a, 0, 0, -5);
     expectForce(b, 0, 0, -5);
-
     // At d = 0.3 and s = 0.25: f = 10 (1 - 0.3/0.5) = 4 along +y, split 0.75 / 0.25.
     s.clearForces();
-    s.moveTo(atRadius, 0.25, 0.3, 0);
+    s.moveTo(n, 0.25, 0.3, 0);
     s.linkChain();
     line->computeContactForces();
-    expectForce(atRadius, 0, 4, 0);
+    expectForce(n, 0, 4, 0);
     expectForce(a, 0, -3, 0);
     expectForce(b, 0, -1, 0);
 }
@@ -152,11 +94,9 @@ TEST_F(UnitLine, ForceFallsLinearlyFromFactorOnTheAxisToZeroAtTheRadius) {
 TEST_F(UnitLine, NodeBeyondAnEndIsMeasuredToThatEndButSharedByTheRawPosition) {
     auto n = s.add(1.2, 0, 0.1);
     s.linkChain();
-    auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
+    auto line = make("NODES 1 2 R 0.5 FACTOR 10");
     line->computeContactForces();
-    const double d = std::sqrt(0.2 * 0.2 + 0.1 * 0.1);
-    const double f = 10 * (1 - d / 0.5);
-    const double ux = 0.2 / d, uz = 0.1 / d;
+    const double d = std::sqrt(0.2 * 0.2 + 0.1 * 0.1), f = 10 * (1 - d / 0.5), ux = 0.2 / d, uz = 0.1 / d;
     EXPECT_NEAR(line->getContactParameters()[0], 1.2, 1e-14);
     expectForce(n, f * ux, 0, f * uz);
     expectForce(a, 0.2 * f * ux, 0, 0.2 * f * uz); // -(1 - s) with s = 1.2
@@ -168,13 +108,12 @@ TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAreLeftAlone) {
     auto sideways = s.add(0.5, 0.6, 0); // outside the y box
     auto behind = s.add(-0.6, 0, 0);    // outside the x range
     s.linkChain();
-    auto line = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
+    auto line = make("NODES 1 2 R 0.5 FACTOR 10");
     line->computeContactForces();
     for (auto& node : s.list)
         expectForce(node, 0, 0, 0, 0.0);
-    EXPECT_FALSE(line->checkContact(far));
-    EXPECT_FALSE(line->checkContact(sideways));
-    EXPECT_FALSE(line->checkContact(behind));
+    for (auto& node : {far, sideways, behind})
+        EXPECT_FALSE(line->checkContact(node));
 }
 
 TEST(ContactLineMechanics, CrossingSegmentsArePushedApartOnce) {
@@ -182,14 +121,13 @@ TEST(ContactLineMechanics, CrossingSegmentsArePushedApartOnce) {
     auto a = s.add(0, 0, 0), b = s.add(1, 0, 0);
     auto c = s.add(0.25, -1, 0.3), d = s.add(0.25, 1, 0.3);
     s.linkChain();
-    auto first = makeLine(s, "NODES 1 2 R 0.5 FACTOR 10");
-    auto second = makeLine(s, "NODES 3 4 R 0.35 FACTOR 20");
+    auto first = s.make<ContactLine>("NODES 1 2 R 0.5 FACTOR 10");
+    auto second = s.make<ContactLine>("NODES 3 4 R 0.35 FACTOR 20");
     ASSERT_TRUE(first->checkContact(second.get()));
     EXPECT_NEAR(first->getContactParameters()[0], 0.25, 1e-15);
     EXPECT_NEAR(first->getContactParameters()[1], 0.5, 1e-15);
     EXPECT_NEAR(first->getContactParameters()[2], 0.3, 1e-15);
     EXPECT_NEAR(first->getDirection()[2], 1.0, 1e-15);
-
     // Both nodes of the second line are candidates of the first; the pair is
     // still pushed once: f = 10 (1 - 0.3/0.5) = 4 along +z.
     first->computeContactForces();
@@ -197,7 +135,6 @@ TEST(ContactLineMechanics, CrossingSegmentsArePushedApartOnce) {
     expectForce(b, 0, 0, -1);
     expectForce(c, 0, 0, 2);
     expectForce(d, 0, 0, 2);
-
     // The second line acts with its own radius and factor on the same pair:
     // f = 20 (1 - 0.3/0.35), at t = 0.5 on itself and s = 0.25 on the first.
     s.clearForces();
@@ -222,10 +159,10 @@ TEST(ContactLineMechanics, SharedNodesMissesAndParallelsDoNotTouch) {
                                                      {0.5, 2, 0.2}})
         s.add(p[0], p[1], p[2]);
     s.linkChain();
-    auto line = makeLine(s, "NODES 1 2 R 0.5");
+    auto line = s.make<ContactLine>("NODES 1 2 R 0.5");
     EXPECT_FALSE(line->checkContact(line.get()));
     for (const char* other : {"NODES 1 3", "NODES 3 2", "NODES 4 5", "NODES 6 7", "NODES 8 9"})
-        EXPECT_FALSE(line->checkContact(makeLine(s, other).get())) << other;
+        EXPECT_FALSE(line->checkContact(s.make<ContactLine>(other).get())) << other;
 }
 
 TEST(ContactLineMechanics, SkewSegmentsShareTheForceAlongBothLines) {
@@ -235,13 +172,13 @@ TEST(ContactLineMechanics, SkewSegmentsShareTheForceAlongBothLines) {
     auto a = s.add(0, 0, 0), b = s.add(2, 0, 0);
     auto c = s.add(0.6, -0.6, 0.2), d = s.add(1.6, 0.4, 0.2);
     s.linkChain();
-    auto first = makeLine(s, "NODES 1 2 R 0.4 FACTOR 8");
-    auto second = makeLine(s, "NODES 3 4");
+    auto first = s.make<ContactLine>("NODES 1 2 R 0.4 FACTOR 8");
+    auto second = s.make<ContactLine>("NODES 3 4");
     first->computeContactForces();
     const double t = 0.6, sPos = 0.6, f = 8 * (1 - 0.2 / 0.4);
-    EXPECT_NEAR(first->getContactParameters()[0], sPos, 1e-14);
-    EXPECT_NEAR(first->getContactParameters()[1], t, 1e-14);
-    EXPECT_NEAR(first->getContactParameters()[2], 0.2, 1e-14);
+    const double expected[3] = {sPos, t, 0.2};
+    for (int k = 0; k < 3; ++k)
+        EXPECT_NEAR(first->getContactParameters()[k], expected[k], 1e-14);
     expectForce(a, 0, 0, -(1 - sPos) * f);
     expectForce(b, 0, 0, -sPos * f);
     expectForce(c, 0, 0, (1 - t) * f);

@@ -1,108 +1,54 @@
 #include "ContactTriangle.h"
 #include "ContactFixtures.h"
-#include "ElementLibrary.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <stdexcept>
 
-using contact_test::NodeSet;
-using contact_test::tokens;
+using namespace contact_test;
 
 namespace {
-
-const std::vector<std::shared_ptr<Material>> no_materials_;
-const std::vector<std::shared_ptr<Load>> no_loads_;
-
-std::shared_ptr<ContactTriangle> parseTriangle(NodeSet& s, const std::string& text, int number = 1) {
-    auto t = std::make_shared<ContactTriangle>();
-    t->setNumber(number);
-    t->parseOstrel(tokens(text), s.list, s.map, no_materials_, no_loads_);
-    return t;
-}
-
-std::shared_ptr<ContactTriangle> makeTriangle(NodeSet& s, const std::string& text) {
-    auto t = parseTriangle(s, text);
-    t->setInitialConditions();
-    return t;
-}
-
-std::string parseError(NodeSet& s, const std::string& text) {
-    try {
-        parseTriangle(s, text)->setInitialConditions();
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    }
-    return "no error";
-}
-
-void expectForce(const std::shared_ptr<Node>& n, double fx, double fy, double fz, double tol = 1e-12) {
-    EXPECT_NEAR(n->getXContactForce(), fx, tol) << "node " << n->getNumber();
-    EXPECT_NEAR(n->getYContactForce(), fy, tol) << "node " << n->getNumber();
-    EXPECT_NEAR(n->getZContactForce(), fz, tol) << "node " << n->getNumber();
-}
 
 // The unit right triangle (0,0,0) (1,0,0) (0,1,0): its local frame is the
 // global one, so local and global forces coincide.
 struct UnitTriangle : ::testing::Test {
     NodeSet s;
     std::shared_ptr<Node> a = s.add(0, 0, 0), b = s.add(1, 0, 0), c = s.add(0, 1, 0);
+    std::shared_ptr<ContactTriangle> make(const std::string& text) { return s.make<ContactTriangle>(text); }
 };
 
 } // namespace
 
-TEST(ContactTriangleParse, ErrorMessagesAreExact) {
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    s.add(0, 1, 0);
-    EXPECT_EQ(parseError(s, "NODES 1 2 X"), "Not enough nodes inputs for Element Contact_Triangle");
-    EXPECT_EQ(parseError(s, "NODES 1 2"), "Not enough nodes inputs for Element Contact_Triangle");
-    EXPECT_EQ(parseError(s, "NODES 1 2 99"), "Node 99 is not found");
-    EXPECT_EQ(parseError(s, "NODES 1 2 3 BOGUS 4"), "Input BOGUS is not recognized");
-    EXPECT_EQ(parseError(s, "NODES 1 2 3 TYPE 3"), "Input TYPE is not recognized");
-    EXPECT_EQ(parseError(s, "NODES 1 2 3 TYPE CYLINDER"), "Input CYLINDER is not recognized");
-    EXPECT_EQ(parseError(s, "NODES 1 2 3 T STIFF"), "Input T is not recognized");
-    EXPECT_EQ(parseError(s, "NODES 1 2 3 FACTOR"), "Input FACTOR is not recognized");
-    EXPECT_EQ(parseError(s, "T 0.5"), "Nodes are not set for element number 1");
-}
+TEST_F(UnitTriangle, DeckLineMessagesAndOutput) {
+    const struct {
+        const char *line, *message;
+    } cases[] = {{"NODES 1 2 X", "Not enough nodes inputs for Element Contact_Triangle"},
+                 {"NODES 1 2", "Not enough nodes inputs for Element Contact_Triangle"},
+                 {"NODES 1 2 99", "Node 99 is not found"},
+                 {"NODES 1 2 3 BOGUS 4", "Input BOGUS is not recognized"},
+                 {"NODES 1 2 3 TYPE 3", "Input TYPE is not recognized"},
+                 {"NODES 1 2 3 TYPE CYLINDER", "Input CYLINDER is not recognized"},
+                 {"NODES 1 2 3 T STIFF", "Input T is not recognized"},
+                 {"NODES 1 2 3 FACTOR", "Input FACTOR is not recognized"},
+                 {"T 0.5", "Nodes are not set for element number 1"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(messageOf<std::invalid_argument>([&] { make(c.line); }), c.message) << c.line;
 
-TEST(ContactTriangleParse, MadeByTheFactoryAndWrittenAsTriangle) {
-    auto e = ElementLibrary::getElementOstrel("CONTACT_TRIANGLE");
-    ASSERT_NE(std::dynamic_pointer_cast<ContactTriangle>(e), nullptr);
-    NodeSet s;
-    s.add(0, 0, 0);
-    s.add(1, 0, 0);
-    s.add(0, 1, 0);
-    e->setNumber(4);
-    e->parseOstrel(tokens("NODES 1 2 3"), s.list, s.map, no_materials_, no_loads_);
-    e->setInitialConditions();
-    auto* t = dynamic_cast<ContactTriangle*>(e.get());
-    EXPECT_EQ(t->getThickness(), 1.0); // defaults
-    EXPECT_EQ(t->getFactor(), 10.0);
-    EXPECT_EQ(t->getFriction(), 0.0);
-    EXPECT_EQ(t->getContactType(), 0);
-    auto solid = makeTriangle(s, "TYPE SOLID NODES 3 1 2 T 0.25 FACTOR 200 FRICTION 0.3");
-    EXPECT_EQ(solid->getContactType(), 1);
-    EXPECT_EQ(solid->getThickness(), 0.25);
-    EXPECT_EQ(solid->getNodes()[0]->getNumber(), 3);
-    EXPECT_EQ(e->printVTK(0, 0), "5\n");
-    EXPECT_EQ(e->printVTK(1, 0), "3\t1\t2\t3\n");
-    EXPECT_EQ(e->printVTK(100, 0), "0.0");
-    EXPECT_EQ(e->printVTK(200, 3), "0.0");
-    EXPECT_EQ(e->printVTK(201, 0), "0.0");
-    EXPECT_EQ(e->checkTimestep(0.125), 0.125);
-    EXPECT_EQ(e->getNumberOfIntegrationPoints(), 0);
+    auto t = make("TYPE SOLID NODES 3 1 2 T 0.25 FACTOR 200 FRICTION 0.3");
+    EXPECT_EQ(t->printVTK(0, 0), "5\n");
+    EXPECT_EQ(t->printVTK(1, 0), "3\t3\t1\t2\n");
+    for (int code : {100, 200, 201})
+        EXPECT_EQ(t->printVTK(code, 3), "0.0");
+    EXPECT_EQ(t->checkTimestep(0.125), 0.125);
 }
 
 TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
     auto slave = s.add(0.25, 0.25, 0.3);
     s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    auto t = make("NODES 1 2 3 T 1.0 FACTOR 10");
     ASSERT_TRUE(t->checkContact(slave));
     EXPECT_NEAR(t->getGap(), -0.2, 1e-15);
-
     t->computeContactForces();
     // fn = FACTOR gap / (T/2) = -4; the node is pushed out along +e3 and the
     // reaction is shared by N = (0.5, 0.25, 0.25).
@@ -111,7 +57,6 @@ TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
     expectForce(a, 0, 0, -2);
     expectForce(b, 0, 0, -1);
     expectForce(c, 0, 0, -1);
-
     // From below the mid-surface the node is pushed the other way.
     s.clearForces();
     s.moveTo(slave, 0.25, 0.25, -0.3);
@@ -129,7 +74,7 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     auto wide = s.add(0.25, 2.25, 0.1);  // y beyond 1 + T: skipped before area coordinates
     auto vertex = s.add(0, 0, 0.3);      // over node 1: N = (1, 0, 0)
     s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    auto t = make("NODES 1 2 3 T 1.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(far));
     EXPECT_FALSE(t->checkContact(outside));
     ASSERT_TRUE(t->checkContact(onEdge));
@@ -137,20 +82,41 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     const double n1 = t->getAreaCoordinates()[0];
     EXPECT_FALSE(t->checkContact(wide));
     EXPECT_EQ(t->getAreaCoordinates()[0], n1);
-
     ASSERT_TRUE(t->checkContact(vertex));
     EXPECT_EQ(t->getAreaCoordinates()[0], 1.0);
     EXPECT_EQ(t->getAreaCoordinates()[1], 0.0);
     EXPECT_EQ(t->getAreaCoordinates()[2], 0.0);
     t->computeContactForces();
     expectForce(vertex, 0, 0, 4);
-    expectForce(far, 0, 0, 0);
-    expectForce(outside, 0, 0, 0);
-    expectForce(wide, 0, 0, 0);
+    for (auto& n : {far, outside, wide})
+        expectForce(n, 0, 0, 0);
     // The edge node (N = 0, 0.5, 0.5, gap -0.4) and the vertex node share the reaction.
-    expectForce(a, 0, 0, -4);
-    expectForce(b, 0, 0, -4);
-    expectForce(c, 0, 0, -4);
+    for (auto& n : {a, b, c})
+        expectForce(n, 0, 0, -4);
+
+    // A shell without thickness touches nothing (it would give FACTOR 0 / 0).
+    s.clearForces();
+    auto inPlane = s.add(0.25, 0.25, 0);
+    s.linkChain();
+    auto flat = make("NODES 1 2 3 T 0");
+    EXPECT_FALSE(flat->checkContact(inPlane));
+    flat->computeContactForces();
+    EXPECT_EQ(inPlane->getZContactForce(), 0.0);
+}
+
+TEST_F(UnitTriangle, SolidIsOneSidedAndNoTriangleTouchesItsOwnNodes) {
+    auto above = s.add(0.25, 0.25, 0.01);
+    auto below = s.add(0.3, 0.25, -0.01);
+    s.linkChain();
+    auto t = make("NODES 1 2 3 TYPE SOLID T 2.0 FACTOR 10");
+    EXPECT_FALSE(t->checkContact(above));
+    EXPECT_FALSE(t->checkContact(a));
+    t->computeContactForces();
+    EXPECT_NEAR(t->getGap(), -0.01, 1e-15);
+    // fn = FACTOR gap = -0.1 pushes the node along +e3; nothing else moves.
+    expectForce(above, 0, 0, 0);
+    expectForce(below, 0, 0, 0.1);
+    EXPECT_NEAR(a->getZContactForce() + b->getZContactForce() + c->getZContactForce(), -0.1, 1e-15);
 }
 
 TEST(ContactTriangleMechanics, NodeOnASharedEdgeIsNotLostToRounding) {
@@ -163,50 +129,24 @@ TEST(ContactTriangleMechanics, NodeOnASharedEdgeIsNotLostToRounding) {
     s.add(39.78571429, 60.5, -1);
     auto centre = s.add(50, 50, -0.6);
     s.linkChain();
-    auto lower = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
-    auto upper = makeTriangle(s, "NODES 1 3 4 T 1.0 FACTOR 10");
-    EXPECT_TRUE(lower->checkContact(centre));
-    EXPECT_TRUE(upper->checkContact(centre));
-}
-
-TEST_F(UnitTriangle, ShellWithoutThicknessTouchesNothing) {
-    auto inPlane = s.add(0.25, 0.25, 0); // would give FACTOR 0 / 0
-    s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 0");
-    EXPECT_FALSE(t->checkContact(inPlane));
-    t->computeContactForces();
-    EXPECT_EQ(inPlane->getZContactForce(), 0.0);
-}
-
-TEST_F(UnitTriangle, SolidIsOneSidedAndNoTriangleTouchesItsOwnNodes) {
-    auto above = s.add(0.25, 0.25, 0.01);
-    auto below = s.add(0.3, 0.25, -0.01);
-    s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 TYPE SOLID T 2.0 FACTOR 10");
-    EXPECT_FALSE(t->checkContact(above));
-    EXPECT_FALSE(t->checkContact(a));
-    t->computeContactForces();
-    EXPECT_NEAR(t->getGap(), -0.01, 1e-15);
-    // fn = FACTOR gap = -0.1 pushes the node along +e3; nothing else moves.
-    expectForce(above, 0, 0, 0);
-    expectForce(below, 0, 0, 0.1);
-    EXPECT_NEAR(a->getZContactForce() + b->getZContactForce() + c->getZContactForce(), -0.1, 1e-15);
+    EXPECT_TRUE(s.make<ContactTriangle>("NODES 1 2 3 T 1.0 FACTOR 10")->checkContact(centre));
+    EXPECT_TRUE(s.make<ContactTriangle>("NODES 1 3 4 T 1.0 FACTOR 10")->checkContact(centre));
 }
 
 TEST(ContactTriangleMechanics, TiltedTriangleUsesItsLocalFrame) {
     // The unit-triangle case rotated by 30 degrees about x, then 45 about z, then shifted.
     const double c1 = std::cos(M_PI / 6), s1 = std::sin(M_PI / 6), c2 = std::cos(M_PI / 4);
-    auto place = [&](NodeSet& s, double x, double y, double z) {
+    NodeSet s;
+    auto place = [&](double x, double y, double z) {
         const double y1 = c1 * y - s1 * z, z1 = s1 * y + c1 * z;
         return s.add(c2 * (x - y1) + 3, c2 * (x + y1) - 2, z1 + 1);
     };
-    NodeSet s;
-    auto a = place(s, 0, 0, 0);
-    place(s, 1, 0, 0);
-    place(s, 0, 1, 0);
-    auto slave = place(s, 0.25, 0.25, 0.3);
+    auto a = place(0, 0, 0);
+    place(1, 0, 0);
+    place(0, 1, 0);
+    auto slave = place(0.25, 0.25, 0.3);
     s.linkChain();
-    auto t = makeTriangle(s, "NODES 1 2 3 T 1.0 FACTOR 10");
+    auto t = s.make<ContactTriangle>("NODES 1 2 3 T 1.0 FACTOR 10");
     t->computeContactForces();
     EXPECT_NEAR(t->getGap(), -0.2, 1e-12);
     const double n[3] = {-c2 * -s1, c2 * -s1, c1}; // the rotated e_z
@@ -221,7 +161,7 @@ TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
     s.add(0.3, 1.7, -0.2);
     for (int i = 0; i < 49; ++i)
         s.add(0.1 + 0.25 * (i % 7), 0.1 + 0.22 * (i / 7), -0.3 + 0.1 * ((i % 7 + i / 7) % 7));
-    auto t = makeTriangle(s, "NODES 1 2 3 T 0.8 FACTOR 25 FRICTION 0.4");
+    auto t = s.make<ContactTriangle>("NODES 1 2 3 T 0.8 FACTOR 25 FRICTION 0.4");
     for (int step = 0; step < 3; ++step) {
         s.clearForces();
         for (std::size_t k = 3; k < s.list.size(); ++k)
@@ -254,7 +194,7 @@ struct FrictionRun {
         s.add(1, 0, 0);
         s.add(0, 1, 0);
         slave = s.add(0.2, 0.2, z);
-        t = makeTriangle(s, deck);
+        t = s.make<ContactTriangle>(deck);
     }
     void stepTo(double x, double y) {
         s.clearForces();
@@ -296,19 +236,18 @@ TEST(ContactTriangleFriction, HalvedOnFirstSlipAndOnReversal) {
 }
 
 TEST(ContactTriangleFriction, OpposesTheSlipFromBothSidesAndForSolid) {
+    // From below; SOLID (fn = 10 (-0.1) = -1, mu |fn| = 0.5); without FRICTION
+    // no history is kept and no tangential force arises.
     FrictionRun below("NODES 1 2 3 T 1.0 FACTOR 10 FRICTION 0.5", -0.3);
-    for (double y : {0.2, 0.3, 0.4})
-        below.stepTo(0.2, y);
-    expectForce(below.slave, 0, -2.0, -4);
-    // SOLID: fn = 10 (-0.1) = -1, mu |fn| = 0.5.
     FrictionRun solid("NODES 1 2 3 TYPE SOLID FACTOR 10 FRICTION 0.5", -0.1);
-    for (double x : {0.2, 0.3, 0.4})
-        solid.stepTo(x, 0.2);
-    expectForce(solid.slave, -0.5, 0, 1.0);
-    // Without FRICTION no history is kept and no tangential force arises.
     FrictionRun none("NODES 1 2 3 T 1.0 FACTOR 10", 0.3);
-    for (double x : {0.2, 0.3, 0.4})
-        none.stepTo(x, 0.2);
+    for (double d : {0.2, 0.3, 0.4}) {
+        below.stepTo(0.2, d);
+        solid.stepTo(d, 0.2);
+        none.stepTo(d, 0.2);
+    }
+    expectForce(below.slave, 0, -2.0, -4);
+    expectForce(solid.slave, -0.5, 0, 1.0);
     expectForce(none.slave, 0, 0, 4);
     EXPECT_TRUE(none.t->getFrictionHistory().empty());
 }
