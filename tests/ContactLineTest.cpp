@@ -112,8 +112,8 @@ TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAreLeftAlone) {
     line->computeContactForces();
     for (auto& node : s.list)
         expectForce(node, 0, 0, 0, 0.0);
-    for (auto& node : {far, sideways, behind})
-        EXPECT_FALSE(line->checkContact(node));
+    for (const auto& node : {far, sideways, behind})
+        EXPECT_FALSE(line->checkContact(node.get()));
 }
 
 TEST(ContactLineMechanics, CrossingSegmentsArePushedApartOnce) {

@@ -14,27 +14,15 @@
 #include <set>
 
 using contact_test::NodeSet;
-using contact_test::tokens;
 
 namespace {
 
-const std::vector<std::shared_ptr<Material>> no_materials_;
-const std::vector<std::shared_ptr<Load>> no_loads_;
-
 enum class Layout { FlatXY, UprightXZ, Cloud };
 
-std::vector<int> numbers(const std::set<const Node*>& s) {
+template <class T> std::vector<int> numbers(const std::set<const T*>& s) {
     std::vector<int> v;
-    for (const Node* n : s)
-        v.push_back(n->getNumber());
-    std::sort(v.begin(), v.end());
-    return v;
-}
-
-std::vector<int> numbers(const std::set<const ContactLine*>& s) {
-    std::vector<int> v;
-    for (const ContactLine* l : s)
-        v.push_back(l->getNumber());
+    for (const T* x : s)
+        v.push_back(x->getNumber());
     std::sort(v.begin(), v.end());
     return v;
 }
@@ -83,24 +71,17 @@ struct Scene {
             const int i = pick(rng), j = near(i);
             int m = near(i);
             if (m == j) m = (j + 1) % count;
-            auto t = std::make_shared<ContactTriangle>();
-            t->setNumber(k + 1);
-            const std::string text = "NODES " + std::to_string(i + 1) + " " + std::to_string(j + 1) + " " +
-                                     std::to_string(m + 1) + " T " + std::to_string(uniform(0.1, 1.5)) +
-                                     (k % 2 ? " TYPE SOLID" : " TYPE SHELL");
-            t->parseOstrel(tokens(text), s.list, s.map, no_materials_, no_loads_);
-            t->setInitialConditions();
-            triangles.push_back(t);
+            triangles.push_back(s.make<ContactTriangle>(
+                "NODES " + std::to_string(i + 1) + " " + std::to_string(j + 1) + " " + std::to_string(m + 1) +
+                    " T " + std::to_string(uniform(0.1, 1.5)) + (k % 2 ? " TYPE SOLID" : " TYPE SHELL"),
+                true, k + 1));
         }
         for (int k = 0; k < count / 5; ++k) {
             const int i = pick(rng), j = near(i);
-            auto line = std::make_shared<ContactLine>();
-            line->setNumber(k + 1);
-            const std::string text = "NODES " + std::to_string(i + 1) + " " + std::to_string(j + 1) + " R " +
-                                     std::to_string(uniform(0.05, 0.8));
-            line->parseOstrel(tokens(text), s.list, s.map, no_materials_, no_loads_);
-            line->setInitialConditions();
-            lines.push_back(line);
+            lines.push_back(s.make<ContactLine>("NODES " + std::to_string(i + 1) + " " +
+                                                    std::to_string(j + 1) + " R " +
+                                                    std::to_string(uniform(0.05, 0.8)),
+                                                true, k + 1));
         }
     }
 
@@ -254,10 +235,8 @@ TEST(ContactSearch, ScopeLendsTheIndexToElementsInitialisedInside) {
     s.add(0, 0, 0);
     s.add(1, 0, 0);
     s.add(0, 1, 0);
-    auto inside = std::make_shared<ContactLine>();
-    auto outside = std::make_shared<ContactLine>();
-    inside->parseOstrel(tokens("NODES 1 2"), s.list, s.map, no_materials_, no_loads_);
-    outside->parseOstrel(tokens("NODES 2 3"), s.list, s.map, no_materials_, no_loads_);
+    auto inside = s.make<ContactLine>("NODES 1 2", false);
+    auto outside = s.make<ContactLine>("NODES 2 3", false);
     auto index = std::make_shared<ContactSearch>();
     EXPECT_FALSE(index->isUsed());
     {
@@ -297,10 +276,7 @@ TEST(ContactSearch, WorkPerTriangleStaysBoundedAsASheetOnAToolGrows) {
                 const int a = j * k + i + 1, b = a + 1, c = a + k + 1, d = a + k;
                 for (auto nodes : {std::to_string(a) + " " + std::to_string(b) + " " + std::to_string(c),
                                    std::to_string(a) + " " + std::to_string(c) + " " + std::to_string(d)}) {
-                    auto t = std::make_shared<ContactTriangle>();
-                    t->parseOstrel(tokens("NODES " + nodes + " T 0.5"), s.list, s.map, no_materials_,
-                                   no_loads_);
-                    t->setInitialConditions();
+                    auto t = s.make<ContactTriangle>("NODES " + nodes + " T 0.5");
                     if (index) t->setContactSearch(search);
                     tool.push_back(t);
                 }

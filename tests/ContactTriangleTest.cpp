@@ -88,10 +88,10 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     EXPECT_EQ(t->getAreaCoordinates()[2], 0.0);
     t->computeContactForces();
     expectForce(vertex, 0, 0, 4);
-    for (auto& n : {far, outside, wide})
+    for (const auto& n : {far, outside, wide})
         expectForce(n, 0, 0, 0);
     // The edge node (N = 0, 0.5, 0.5, gap -0.4) and the vertex node share the reaction.
-    for (auto& n : {a, b, c})
+    for (const auto& n : {a, b, c})
         expectForce(n, 0, 0, -4);
 
     // A shell without thickness touches nothing (it would give FACTOR 0 / 0).

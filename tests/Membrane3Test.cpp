@@ -1,18 +1,17 @@
 // The membrane alone, with a stub law of fixed stress: parsing, geometry,
 // mass, stable step, force assembly, pressure, failures and output.
 #include "Membrane3.h"
+#include "ContactFixtures.h"
 #include "ContactLine.h"
 #include "ContactTriangle.h"
-#include "ElementLibrary.h"
-#include "Load.h"
-#include "Material.h"
-#include "Node.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <stdexcept>
+
+using contact_test::messageOf;
+using contact_test::tokens;
 
 namespace {
 
@@ -80,26 +79,7 @@ struct Mesh {
         e->parseOstrel(tokens(line), nodes, byNumber, materials, loads);
         return e;
     }
-    static std::vector<Token> tokens(const std::string& line) {
-        std::vector<Token> out;
-        std::size_t pos = 0;
-        while ((pos = line.find_first_not_of(' ', pos)) != std::string::npos) {
-            const std::size_t end = line.find(' ', pos);
-            out.emplace_back(line.substr(pos, end - pos));
-            pos = end;
-        }
-        return out;
-    }
 };
-
-template <class E> std::string messageOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
 
 // Set-up and one step of the element alone, without the node update.
 void prepareAndStep(Membrane3& e, double dt = 1e-3) {
@@ -114,11 +94,6 @@ void prepareAndStep(Membrane3& e, double dt = 1e-3) {
 } // namespace
 
 TEST(Membrane3Parse, ReadsItsKeywordsInAnyOrder) {
-    auto e = ElementLibrary::getElementOstrel("MEMBRANE_3");
-    ASSERT_NE(dynamic_cast<Membrane3*>(e.get()), nullptr);
-    EXPECT_EQ(e->getNumberOfIntegrationPoints(), 1);
-    EXPECT_EQ(e->printVTK(0, 0), "5\n");
-
     Mesh m;
     m.node(4, 0, 0);
     m.node(5, 1, 0);
@@ -130,50 +105,32 @@ TEST(Membrane3Parse, ReadsItsKeywordsInAnyOrder) {
     auto membrane = m.element(9, "T 0.25 LOAD PUSH NODES 4 5.9 6 MATERIAL STUB");
     EXPECT_DOUBLE_EQ(membrane->getThickness(), 0.25);
     EXPECT_EQ(membrane->getLoad(), load);
-    EXPECT_EQ(membrane->getMaterial(), m.materials[0]);
+    EXPECT_EQ(membrane->printVTK(0, 0), "5\n");
     EXPECT_EQ(membrane->printVTK(1, 0), "3\t4\t5\t6\n");
-    EXPECT_EQ(membrane->getContactType(), 300);
     EXPECT_EQ(membrane->getContactTriangle(), nullptr);
 }
 
 TEST(Membrane3Parse, ReportsEachInputErrorWithItsMessage) {
     Mesh m = Mesh::unitTriangle();
-    auto bad = [&](const std::string& line) {
-        return messageOf<std::invalid_argument>([&] { m.element(1, line); });
-    };
-    EXPECT_EQ(bad("NODES 1 2 X"), "Not enough nodes inputs for Element Membrane3");
-    EXPECT_EQ(bad("NODES 1 7 3"), "Node 7 is not found");
-    EXPECT_EQ(bad("NODES 1 2 1E30"), "Node 1e+30 is not found");
-    EXPECT_EQ(bad("NODES NAN 2 3"), "Node nan is not found");
-    EXPECT_EQ(bad("NODES 1 2 3 MATERIAL STEEL"), "Material name STEEL is not found");
-    EXPECT_EQ(bad("NODES 1 2 3 CONTACT SIDE"), "Invalid CONTACT type");
-    EXPECT_EQ(bad("NODES 1 2 3 T THICK"), "Input T is not recognized");
-    EXPECT_EQ(bad("NODES 1 2 3 MATERIAL 4"), "Input MATERIAL is not recognized");
-    EXPECT_EQ(bad("NODES 1 2 3 FACTOR HIGH"), "Input FACTOR is not recognized");
-    EXPECT_EQ(bad("NODES 1 2 3 D 0.1"), "Input D is not recognized");
-    // An unknown load met before any material speaks of a material name.
-    EXPECT_EQ(bad("NODES 1 2 3 LOAD WIND MATERIAL STUB"), "Material name WIND is not found");
-    EXPECT_EQ(bad("NODES 1 2 3 MATERIAL STUB LOAD WIND"), "Load name WIND is not found");
+    const struct {
+        const char *line, *message;
+    } cases[] = {{"NODES 1 2 X", "Not enough nodes inputs for Element Membrane3"},
+                 {"NODES 1 7 3", "Node 7 is not found"},
+                 {"NODES 1 2 1E30", "Node 1e+30 is not found"},
+                 {"NODES NAN 2 3", "Node nan is not found"},
+                 {"NODES 1 2 3 MATERIAL STEEL", "Material name STEEL is not found"},
+                 {"NODES 1 2 3 CONTACT SIDE", "Invalid CONTACT type"},
+                 {"NODES 1 2 3 T THICK", "Input T is not recognized"},
+                 {"NODES 1 2 3 MATERIAL 4", "Input MATERIAL is not recognized"},
+                 {"NODES 1 2 3 FACTOR HIGH", "Input FACTOR is not recognized"},
+                 {"NODES 1 2 3 D 0.1", "Input D is not recognized"},
+                 // An unknown load met before any material speaks of a material name.
+                 {"NODES 1 2 3 LOAD WIND MATERIAL STUB", "Material name WIND is not found"},
+                 {"NODES 1 2 3 MATERIAL STUB LOAD WIND", "Load name WIND is not found"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(messageOf<std::invalid_argument>([&] { m.element(1, c.line); }), c.message) << c.line;
     // Too few node numbers at the end of the line: bounds-checked access.
     EXPECT_THROW(m.element(1, "MATERIAL STUB NODES 1 2"), std::out_of_range);
-}
-
-TEST(Membrane3Parse, ContactKeywordCreatesTheFaceAndEdgeObjects) {
-    Mesh m = Mesh::unitTriangle();
-    auto basic = m.element(1, "NODES 1 2 3 MATERIAL STUB T 0.5 CONTACT BASIC FACTOR 20 FRICTION 0.1");
-    EXPECT_EQ(basic->getContactType(), 301);
-    ASSERT_NE(basic->getContactTriangle(), nullptr);
-    EXPECT_EQ(basic->getContactTriangle()->getNumber(), -1);
-    for (int i = 1; i <= 3; ++i)
-        EXPECT_EQ(basic->getContactLine(i), nullptr);
-
-    auto edge = m.element(2, "NODES 1 2 3 MATERIAL STUB T 0.5 CONTACT EDGE");
-    EXPECT_EQ(edge->getContactType(), 302);
-    ASSERT_NE(edge->getContactTriangle(), nullptr);
-    for (int i = 1; i <= 3; ++i) {
-        ASSERT_NE(edge->getContactLine(i), nullptr);
-        EXPECT_EQ(edge->getContactLine(i)->getNumber(), -i);
-    }
 }
 
 TEST(Membrane3Geometry, JacobianOfATiltedTriangle) {
@@ -307,7 +264,7 @@ TEST(Membrane3Pressure, PressureForcesSumToPressureTimesAreaAlongTheNormal) {
     auto load = std::make_shared<Load>();
     std::string name = "P1";
     load->setName(name);
-    load->parseOstrel(Mesh::tokens("P 0.5"), {});
+    load->parseOstrel(tokens("P 0.5"), {});
     m.loads.push_back(load);
     auto e = m.element(1, "NODES 1 2 3 MATERIAL STUB LOAD P1");
     auto bare = m.element(2, "NODES 1 2 3 MATERIAL STUB");
@@ -327,13 +284,10 @@ TEST(Membrane3Pressure, PressureForcesSumToPressureTimesAreaAlongTheNormal) {
     }
 }
 
-TEST(Membrane3Strain, DegenerateTriangleStopsWithTheTimeStepInTheMessage) {
+TEST(Membrane3Strain, NanPositionStopsWithTheTimeStepInTheMessage) {
     Mesh m = Mesh::unitTriangle();
     auto e = m.element(12, "NODES 1 2 3 MATERIAL STUB");
     prepareAndStep(*e);
-    m.move(3, 0.5, 0, 0);
-    EXPECT_EQ(messageOf<std::runtime_error>([&] { e->computeStrain(0.0025, 0); }),
-              "Error in Membrane element 12, det(Jacobian) is zero or negative. Timestep = 0.002500");
     m.move(3, NAN, 0, 0);
     EXPECT_EQ(messageOf<std::runtime_error>([&] { e->computeStrain(1e-7, 0); }),
               "Error in Membrane element 12, det(Jacobian) is +inf or NaN. Timestep = 0.000000");
@@ -371,6 +325,11 @@ TEST(Membrane3Lifecycle, EachElementInitialisesItsOwnCopyOfTheMaterial) {
 
 TEST(Membrane3Contact, FaceAndEdgeObjectsReceiveTheMembraneThicknessFactorAndFriction) {
     Mesh m = Mesh::unitTriangle();
+    auto basic = m.element(3, "NODES 1 2 3 MATERIAL STUB T 0.5 CONTACT BASIC FACTOR 20 FRICTION 0.1");
+    ASSERT_NE(basic->getContactTriangle(), nullptr);
+    EXPECT_EQ(basic->getContactTriangle()->getNumber(), -1);
+    for (int i = 1; i <= 3; ++i)
+        EXPECT_EQ(basic->getContactLine(i), nullptr);
     auto e = m.element(1, "NODES 1 2 3 MATERIAL STUB T 0.4 CONTACT EDGE FACTOR 10 FRICTION 0.1");
     const auto& face = *e->getContactTriangle();
     EXPECT_DOUBLE_EQ(face.getThickness(), 0.4);
@@ -379,7 +338,9 @@ TEST(Membrane3Contact, FaceAndEdgeObjectsReceiveTheMembraneThicknessFactorAndFri
     EXPECT_EQ(face.getNodes(), e->getNodes());
     const int ends[3][2] = {{1, 2}, {2, 3}, {3, 1}};
     for (int i = 1; i <= 3; ++i) {
+        ASSERT_NE(e->getContactLine(i), nullptr);
         const auto& line = *e->getContactLine(i);
+        EXPECT_EQ(line.getNumber(), -i);
         EXPECT_DOUBLE_EQ(line.getRadius(), 0.2);
         EXPECT_DOUBLE_EQ(line.getFactor(), 10.0);
         EXPECT_EQ(line.getNode(0)->getNumber(), ends[i - 1][0]);

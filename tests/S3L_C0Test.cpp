@@ -3,18 +3,16 @@
 // moment of a plate, equilibrium and work-conjugacy of the nodal loads, mass,
 // stable step and pressure.
 #include "S3L_C0.h"
+#include "ContactFixtures.h"
 #include "ContactLine.h"
 #include "ContactTriangle.h"
-#include "ElementLibrary.h"
-#include "Load.h"
-#include "Material.h"
-#include "Node.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <sstream>
 #include <stdexcept>
+
+using contact_test::messageOf;
 
 namespace {
 
@@ -113,22 +111,10 @@ protected:
         n.setZPositionOrigin(p.z);
     }
     std::shared_ptr<S3L_C0> make(const std::string& line, int number = 1) {
-        std::istringstream in(line);
-        std::vector<Token> tokens;
-        for (std::string word; in >> word;)
-            tokens.emplace_back(word);
         auto shell = std::make_shared<S3L_C0>();
         shell->setNumber(number);
-        shell->parseOstrel(tokens, nodes, nodeMap, materials, loads);
+        shell->parseOstrel(contact_test::tokens(line), nodes, nodeMap, materials, loads);
         return shell;
-    }
-    std::string parseError(const std::string& line) {
-        try {
-            make(line);
-        } catch (const std::invalid_argument& e) {
-            return e.what();
-        }
-        return "no error";
     }
     // Unit mass and rotational inertia, nothing prescribed: a node update then
     // turns the nodal resultant into the accelerations.
@@ -179,23 +165,24 @@ protected:
 
 TEST_F(ShellTest, DeckLineKeywordsMessagesAndContactObjects) {
     tilted();
-    EXPECT_EQ(parseError("NODES 1 X 3 MATERIAL STEEL"), "Not enough nodes inputs for Element S3L_C0");
-    EXPECT_EQ(parseError("NODES 1 2 7"), "Node 7 is not found");
-    EXPECT_EQ(parseError("NODES 1 2 3 MATERIAL WOOD"), "Material name WOOD is not found");
-    EXPECT_EQ(parseError("NODES 1 2 3 LOAD WIND MATERIAL STEEL"), "Material name WIND is not found");
-    EXPECT_EQ(parseError("NODES 1 2 3 MATERIAL STEEL LOAD WIND"), "Load name WIND is not found");
-    EXPECT_EQ(parseError("NODES 1 2 3 CONTACT SOLID"), "Invalid CONTACT type");
-    EXPECT_EQ(parseError("NODES 1 2 3 COLOUR RED"), "Input COLOUR is not recognized");
-    EXPECT_EQ(parseError("NODES 1 2 3 T THICK"), "Input T is not recognized");
-    EXPECT_EQ(parseError("NODES 1 2 3 MATERIAL 4"), "Input MATERIAL is not recognized");
-    EXPECT_EQ(parseError("NODES 1 2 3 2.5"), "Input 2.5 is not recognized");
-    EXPECT_EQ(parseError("NODES 1 2 3 NIP 1e6"), "Error in C0 element 1. NIP 1e+06 is out of range");
+    const struct {
+        const char *line, *message;
+    } cases[] = {{"NODES 1 X 3 MATERIAL STEEL", "Not enough nodes inputs for Element S3L_C0"},
+                 {"NODES 1 2 7", "Node 7 is not found"},
+                 {"NODES 1 2 3 MATERIAL WOOD", "Material name WOOD is not found"},
+                 {"NODES 1 2 3 LOAD WIND MATERIAL STEEL", "Material name WIND is not found"},
+                 {"NODES 1 2 3 MATERIAL STEEL LOAD WIND", "Load name WIND is not found"},
+                 {"NODES 1 2 3 CONTACT SOLID", "Invalid CONTACT type"},
+                 {"NODES 1 2 3 COLOUR RED", "Input COLOUR is not recognized"},
+                 {"NODES 1 2 3 T THICK", "Input T is not recognized"},
+                 {"NODES 1 2 3 MATERIAL 4", "Input MATERIAL is not recognized"},
+                 {"NODES 1 2 3 2.5", "Input 2.5 is not recognized"},
+                 {"NODES 1 2 3 NIP 1e6", "Error in C0 element 1. NIP 1e+06 is out of range"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(messageOf<std::invalid_argument>([&] { make(c.line); }), c.message) << c.line;
     EXPECT_THROW(make("NODES 1 2"), std::out_of_range);
 
-    auto shell = std::dynamic_pointer_cast<S3L_C0>(ElementLibrary::getElementOstrel("S3L_C0"));
-    ASSERT_NE(shell, nullptr);
-    EXPECT_EQ(shell->getNumberOfIntegrationPoints(), 3);
-    shell = make("T 0.4 LOAD PRESS NIP 5.9 MATERIAL STEEL NODES 3 1 2");
+    auto shell = make("T 0.4 LOAD PRESS NIP 5.9 MATERIAL STEEL NODES 3 1 2");
     EXPECT_DOUBLE_EQ(shell->getThickness(), 0.4);
     EXPECT_EQ(shell->getNumberOfIntegrationPoints(), 5);
     EXPECT_EQ(shell->getLoad(), loads[0]);
@@ -440,14 +427,7 @@ TEST_F(ShellTest, FailuresNameTheElement) {
     addNode(5, {0, 0, 0});
     addNode(6, {1, 2, 3});
     addNode(7, {2, 4, 6});
-    auto message = [](auto&& call) {
-        try {
-            call();
-        } catch (const std::exception& e) {
-            return std::string(e.what());
-        }
-        return std::string("no error");
-    };
+    auto message = [](const std::function<void()>& call) { return messageOf(call); };
     auto light = make("NODES 1 2 3 MATERIAL VOID T 0.1", 12);
     EXPECT_EQ(message([&] { light->assembleMassMatrix(); }),
               "Error in C0 element 12. Element mass is zero or negative");
