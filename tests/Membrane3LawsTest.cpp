@@ -1,8 +1,8 @@
 // The membrane with the real constitutive laws: patch tests (uniform stretch,
 // rigid rotation) for the textile and Ogden laws, and the elastic law driven
 // by the components of F that the membrane hands it.
-#include "Material.h"
 #include "MaterialLibrary.h"
+#include "MaterialTestUtil.h"
 #include "Membrane3.h"
 #include "Node.h"
 
@@ -13,19 +13,13 @@
 
 namespace {
 
-std::vector<Token> words(const std::string& line) {
-    std::istringstream in(line);
-    std::vector<Token> out;
-    for (std::string w; in >> w;)
-        out.emplace_back(w);
-    return out;
-}
+using mattest::tokens;
 
 std::shared_ptr<Material> law(const std::string& type, const std::string& name, const std::string& params) {
     auto m = MaterialLibrary::getMaterialOstrel(type);
     std::string n = name;
     m->setName(n);
-    m->parseOstrel(words(params));
+    m->parseOstrel(tokens(params));
     return m;
 }
 
@@ -53,7 +47,7 @@ struct Sheet {
         std::ostringstream line;
         line << "NODES " << a << " " << b << " " << c << " MATERIAL " << materials[0]->getName() << " T "
              << t;
-        e->parseOstrel(words(line.str()), nodes, byNumber, materials, {});
+        e->parseOstrel(tokens(line.str()), nodes, byNumber, materials, {});
         elements.push_back(e);
     }
     void prepare() {
