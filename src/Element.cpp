@@ -2,8 +2,11 @@
 
 #include "Node.h"
 
+#include <climits>
 #include <cmath>
 #include <cstdio>
+#include <sstream>
+#include <stdexcept>
 
 Element::Element() : number(0), numberOfNodes(0) {}
 
@@ -25,6 +28,20 @@ std::string Element::formatValue(double v, bool zeroSmall) {
     char buf[64];
     std::snprintf(buf, sizeof buf, "%f", v);
     return buf;
+}
+
+std::shared_ptr<Node> Element::findNode(const Token& t,
+                                        const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap) {
+    const double v = t.getNumber();
+    if (std::isfinite(v) && v > double(INT_MIN) - 1.0 && v < double(INT_MAX) + 1.0) {
+        const int wanted = static_cast<int>(v);
+        const auto found = nodeMap.find(wanted);
+        if (found != nodeMap.end()) return found->second;
+        throw std::invalid_argument("Node " + std::to_string(wanted) + " is not found");
+    }
+    std::ostringstream text;
+    text << v;
+    throw std::invalid_argument("Node " + text.str() + " is not found");
 }
 
 void Element::calculateLocalBasis(double x1, double y1, double z1, double x2, double y2, double z2, double x3,

@@ -54,6 +54,11 @@ protected:
     // Formats an element value for the result file: "%f", or "0.0" for
     // magnitudes of at most 1e-10 when zeroSmall is set.
     static std::string formatValue(double v, bool zeroSmall);
+    // The node a deck names by number (truncated toward zero, as element
+    // numbers are); "Node <number> is not found" when there is none, also for
+    // a value that no int can hold (NaN, INF, 1E20).
+    static std::shared_ptr<Node> findNode(const Token& t,
+                                          const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap);
 
     int number;
     int numberOfNodes;

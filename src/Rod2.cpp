@@ -40,13 +40,11 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
             const Token& second = tokens.at(i + 2);
             if (first.isAWord() || second.isAWord())
                 throw std::invalid_argument("Not enough nodes inputs for Element Rod2");
-            for (const Token* t : {&first, &second}) {
-                const int wanted = static_cast<int>(t->getNumber());
-                const auto found = nodeMap.find(wanted);
-                if (found == nodeMap.end())
-                    throw std::invalid_argument("Node " + std::to_string(wanted) + " is not found");
-                nodes.push_back(found->second);
-            }
+            // A repeated NODES replaces the pair, so that the rod never holds
+            // more nodes than its cell line in the results can carry.
+            nodes.clear();
+            for (const Token* t : {&first, &second})
+                nodes.push_back(findNode(*t, nodeMap));
             nodesSet = true;
             i += 3;
         } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
@@ -63,7 +61,7 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
             materialSet = true;
             i += 2;
         } else if (key == "D" && tokens.at(i + 1).isANumber()) {
-            diameter = tokens[i + 1].getNumber();
+            diameter = tokens[i + 1].getFiniteNumber("D of rod element " + std::to_string(number));
             diameterSet = true;
             i += 2;
         } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
@@ -71,7 +69,7 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
             contactType = 302;
             i += 2;
         } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
-            contactFactor = tokens[i + 1].getNumber();
+            contactFactor = tokens[i + 1].getFiniteNumber("FACTOR of rod element " + std::to_string(number));
             contactFactorSet = true;
             i += 2;
         } else {
