@@ -22,7 +22,9 @@ void AmpTabular::parseOstrel(std::vector<Token> tokens) {
             throw std::invalid_argument("Input " + key + " has not enough parameters");
         ++i;
         while (i + 1 < tokens.size() && tokens[i].isANumber() && tokens[i + 1].isANumber()) {
-            values.emplace_back(tokens[i].getNumber(), tokens[i + 1].getNumber());
+            // Times are sorted and compared, values interpolated: both finite.
+            const std::string what = "VALUES of amplitude " + name;
+            values.emplace_back(tokens[i].getFiniteNumber(what), tokens[i + 1].getFiniteNumber(what));
             ++numberOfValues;
             i += 2;
         }

@@ -28,11 +28,11 @@ void BoundaryCondition::parseOstrel(std::vector<Token> tokens,
         bool done = false;
         for (int k = 0; k < 6 && !done; ++k) {
             if (key == velocityKeys[k] && tokens.at(i + 1).isANumber()) {
-                velocity[k] = tokens[i + 1].getNumber();
+                velocity[k] = tokens[i + 1].getFiniteNumber(key + " of constraint " + name);
                 velocitySet[k] = true;
                 done = true;
             } else if (key == accelerationKeys[k] && tokens.at(i + 1).isANumber()) {
-                acceleration[k] = tokens[i + 1].getNumber();
+                acceleration[k] = tokens[i + 1].getFiniteNumber(key + " of constraint " + name);
                 accelerationSet[k] = true;
                 done = true;
             }

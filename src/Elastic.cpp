@@ -18,7 +18,7 @@ void Elastic::parseOstrel(std::vector<Token> tokens) {
             throw std::invalid_argument("Input " + key + " is not recognized");
         const Token& value = tokens.at(i + 1);
         if (value.isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
-        const double v = value.getNumber();
+        const double v = value.getFiniteNumber(key + " of material " + name);
         if (key == "E") {
             youngsModulus = v;
             youngsModulusSet = true;

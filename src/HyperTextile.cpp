@@ -9,12 +9,13 @@ namespace {
 // Appends the numbers that follow the keyword at position i, up to the next
 // word or the end of the line, and returns the position after them. The first
 // following token must be a number.
-std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::vector<double>& out) {
+std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::vector<double>& out,
+                          const std::string& material) {
     const std::string key = tokens[i].getWord();
     if (tokens.at(i + 1).isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
     ++i;
     while (i < tokens.size() && tokens[i].isANumber())
-        out.push_back(tokens[i++].getNumber());
+        out.push_back(tokens[i++].getFiniteNumber(key + " of material " + material));
     return i;
 }
 
@@ -52,7 +53,7 @@ void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t
     for (std::size_t c = 0; c < 3; ++c) {
         if (i + 1 + c >= tokens.size() || tokens[i + 1 + c].isAWord())
             throw std::invalid_argument("Not enough parameters for warp orientation in material : " + name);
-        out[int(c)] = tokens[i + 1 + c].getNumber();
+        out[int(c)] = tokens[i + 1 + c].getFiniteNumber(tokens[i].getWord() + " of material " + name);
     }
 }
 
@@ -63,19 +64,20 @@ void HyperTextile::parseOstrel(std::vector<Token> tokens) {
         if (key == "RHO" || key == "DAMPING") {
             const Token& value = tokens.at(i + 1);
             if (value.isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
+            const double v = value.getFiniteNumber(key + " of material " + name);
             if (key == "RHO") {
-                density = value.getNumber();
+                density = v;
                 densitySet = true;
             } else {
-                alpha = value.getNumber();
+                alpha = v;
             }
             i += 2;
         } else if (key == "KSHEAR") {
-            i = readNumberRun(tokens, i, kShear);
+            i = readNumberRun(tokens, i, kShear, name);
         } else if (key == "KELONGWARP") {
-            i = readNumberRun(tokens, i, kElongWarp);
+            i = readNumberRun(tokens, i, kElongWarp, name);
         } else if (key == "KELONGWEFT") {
-            i = readNumberRun(tokens, i, kElongWeft);
+            i = readNumberRun(tokens, i, kElongWeft, name);
         } else if (key == "WARPORI") {
             readOrientation(tokens, i, warpOrientation);
             i += 4;

@@ -8,12 +8,13 @@ namespace {
 // Appends the numbers that follow the keyword at position i, up to the next
 // word or the end of the line, and returns the position after them. The first
 // following token must be a number.
-std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::vector<double>& out) {
+std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::vector<double>& out,
+                          const std::string& material) {
     const std::string key = tokens[i].getWord();
     if (tokens.at(i + 1).isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
     ++i;
     while (i < tokens.size() && tokens[i].isANumber())
-        out.push_back(tokens[i++].getNumber());
+        out.push_back(tokens[i++].getFiniteNumber(key + " of material " + material));
     return i;
 }
 
@@ -35,11 +36,12 @@ void Hyperelastic::parseOstrel(std::vector<Token> tokens) {
         if (key == "RHO" || key == "DAMPING") {
             const Token& value = tokens.at(i + 1);
             if (value.isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
+            const double v = value.getFiniteNumber(key + " of material " + name);
             if (key == "RHO") {
-                density = value.getNumber();
+                density = v;
                 densitySet = true;
             } else {
-                alpha = value.getNumber();
+                alpha = v;
             }
             i += 2;
         } else if (key == "TYPE") {
@@ -52,9 +54,9 @@ void Hyperelastic::parseOstrel(std::vector<Token> tokens) {
             potentialSet = true;
             i += 2;
         } else if (key == "MU") {
-            i = readNumberRun(tokens, i, muTerms);
+            i = readNumberRun(tokens, i, muTerms, name);
         } else if (key == "ALPHA") {
-            i = readNumberRun(tokens, i, alphaTerms);
+            i = readNumberRun(tokens, i, alphaTerms, name);
         } else {
             throw std::invalid_argument("Input " + key + " is not recognized");
         }

@@ -26,7 +26,7 @@ void Load::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
             hasAmplitude = true;
             consumed = true;
         } else if (valueFollows) {
-            const double v = tokens[i + 1].getNumber();
+            const double v = tokens[i + 1].getFiniteNumber(key + " of load " + name);
             if (key == "P") {
                 pressure = v;
                 pressureSet = true;

@@ -18,6 +18,10 @@ public:
     bool isANumber() const { return !isWord; }
     std::string getWord() const { return word; }
     double getNumber() const { return number; }
+    // The value of a number that a parameter needs finite (NAN and INF read as
+    // numbers); throws std::invalid_argument "Input <what> is not a finite
+    // number" otherwise.
+    double getFiniteNumber(const std::string& what) const;
 
 private:
     std::string word;
