@@ -17,6 +17,7 @@
 #include <cmath>
 #include <exception>
 #include <limits>
+#include <sstream>
 #include <stdexcept>
 
 OstrelReader::OstrelReader()
@@ -71,6 +72,7 @@ std::vector<Token> OstrelReader::tokenizeLine(std::string& line) {
 }
 
 bool OstrelReader::nextDataLine(const BlockKind& kind, std::vector<Token>& tokens) {
+    if (currentLine == 0) firstSkippedLine = 0;
     std::string line;
     while (file.good()) {
         if (!std::getline(file, line)) break;
@@ -79,7 +81,10 @@ bool OstrelReader::nextDataLine(const BlockKind& kind, std::vector<Token>& token
         if (line.empty()) continue;
         uppercase(line);
         tokens = tokenizeLine(line);
-        if (tokens.empty()) continue;
+        if (tokens.empty()) {
+            if (inBlock && firstSkippedLine == 0) firstSkippedLine = currentLine;
+            continue;
+        }
         const Token& first = tokens.front();
         const std::string word = first.getWord();
         if (first.isAWord() && word == kind.keyword) {
@@ -109,31 +114,39 @@ bool OstrelReader::nextDataLine(const BlockKind& kind, std::vector<Token>& token
         // Comment lines are left out here as they are by the counter.
         if (first.isAWord() && word.compare(0, 2, "**") == 0) continue;
         if (inBlock && first.isANumber() == kind.numbered) return true;
+        if (inBlock && firstSkippedLine == 0) firstSkippedLine = currentLine;
     }
     return false;
 }
 
-int OstrelReader::componentNumber(const Token& token) const {
+int OstrelReader::componentNumber(const Token& token, const char* kind) {
     const double v = token.getNumber();
     if (!std::isfinite(v) || v <= static_cast<double>(std::numeric_limits<int>::min()) - 1.0 ||
-        v >= static_cast<double>(std::numeric_limits<int>::max()) + 1.0)
-        throw std::invalid_argument(lineText() + " number is not a valid integer");
+        v >= static_cast<double>(std::numeric_limits<int>::max()) + 1.0) {
+        std::ostringstream text;
+        text << v;
+        throw std::invalid_argument(std::string(kind) + " number " + text.str() + " is not a valid integer");
+    }
     return static_cast<int>(v);
 }
 
-namespace {
-std::invalid_argument missingLine(const char* keyword, const char* what) {
-    return std::invalid_argument(std::string("A line of a ") + keyword + " block does not start with " +
-                                 what);
+std::invalid_argument OstrelReader::missingLine(const char* keyword, const char* what) const {
+    const std::string where =
+        firstSkippedLine > 0 ? "At line " + std::to_string(firstSkippedLine) + " a" : "A";
+    return std::invalid_argument(where + " line of the " + keyword + " block does not start with " + what);
 }
-} // namespace
 
 std::shared_ptr<Node> OstrelReader::getNextNode(const std::vector<std::shared_ptr<Constraint>>& constraints,
                                                 const std::vector<std::shared_ptr<Load>>& loads) {
     auto node = std::make_shared<Node>();
     std::vector<Token> tokens;
     if (!nextDataLine({"NODES", nullptr, true, nullptr}, tokens)) return node;
-    node->setNumber(componentNumber(tokens.front()));
+    // Node lines are not wrapped with their line number, so the message carries it.
+    try {
+        node->setNumber(componentNumber(tokens.front(), "Node"));
+    } catch (const std::invalid_argument& e) {
+        throw std::invalid_argument(lineText() + " " + e.what());
+    }
     tokens.erase(tokens.begin());
     node->parseOstrel(tokens, constraints, loads);
     return node;
@@ -149,7 +162,7 @@ OstrelReader::getNextElement(const std::vector<std::shared_ptr<Node>>& nodes,
         throw missingLine("ELEMENTS", "an element number");
     try {
         auto element = ElementLibrary::getElementOstrel(currentElementType);
-        element->setNumber(componentNumber(tokens.front()));
+        element->setNumber(componentNumber(tokens.front(), "Element"));
         tokens.erase(tokens.begin());
         element->parseOstrel(tokens, nodes, nodesByNumber, materials, loads);
         return element;

@@ -54,7 +54,18 @@ private:
     bool nextDataLine(const BlockKind& kind, std::vector<Token>& tokens);
     std::vector<Token> tokenizeLine(std::string& line);
     std::string lineText() const { return "At line " + std::to_string(currentLine); }
-    int componentNumber(const Token& token) const;
+    // The number that leads a node or element line, truncated toward zero;
+    // a value that no int can hold is refused with "<kind> number <value> is
+    // not a valid integer".
+    static int componentNumber(const Token& token, const char* kind);
+    // Refuses a counted component whose line the pass could not use: the
+    // counter takes every line of the block, the pass only lines that start
+    // with a number (nodes, elements) or a word (the others).
+    std::invalid_argument missingLine(const char* keyword, const char* what) const;
+
+    // First line of the current pass that lay inside a block of the kind
+    // looked for but did not start as its data lines do (0: none yet).
+    int firstSkippedLine = 0;
 
     std::string currentElementType;
     std::string currentConstraintType;
