@@ -13,6 +13,10 @@ void Tracker::init(const std::filesystem::path& p) {
 }
 
 void Tracker::setName(const std::string& n) {
+    // The history belongs beside the deck: a name that reaches into another
+    // directory (or names the root) would write elsewhere or nowhere.
+    if (n.find('/') != std::string::npos)
+        throw std::invalid_argument("Tracker name " + n + " is not a file name: it may not contain /");
     name = n;
     // The name is kept whole ("F.1" writes F.1.csv), so that two trackers whose
     // names differ only after a dot never share one file.

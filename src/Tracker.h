@@ -29,6 +29,8 @@ public:
     void setName(const std::string& n);
     std::string getName() const { return name; }
     std::string csvPath() const { return csvFile.string(); }
+    // False when the file could not be opened: its rows are then lost.
+    bool isWritable() const { return file.is_open() && file.good(); }
 
 protected:
     // The text of a token as the user wrote it: the word, or the number.
