@@ -122,7 +122,9 @@ void Model::initialize() {
         logger->newLine();
 
         // Every later phase reads the time control: a deck without one cannot run.
-        if (!controlSet) throw std::invalid_argument("No CONTROLS block found: the deck needs a control set");
+        if (!controlSet)
+            throw std::invalid_argument(
+                "No control set: the deck needs a CONTROLS block with at least one line");
     } catch (const std::exception& e) {
         if (logger) logger->writeError(e.what(), "initialize() method");
         std::throw_with_nested(std::runtime_error(" --> Initialize method "));
@@ -222,8 +224,14 @@ void Model::setInitialConditions() {
 
         checkNodeNumbering();
         writer->initializeWriter(nodes, elements);
-        for (auto& t : trackers)
+        for (auto& t : trackers) {
             t->initializeTracker();
+            if (!t->isWritable())
+                logger->writeList("Warning: tracker file " + t->csvPath() +
+                                      " cannot be written; the history of tracker " + t->getName() +
+                                      " is lost",
+                                  0);
+        }
 
         logger->writeList("Ouput type: " + writer->getType(), 0);
         logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
@@ -257,6 +265,14 @@ void Model::checkNodeNumbering() {
 
 void Model::step(double& candidateStep) {
     const double dt = timeStep;
+    // A step that is negative, zero, NaN, infinite or too small to change the
+    // time would never reach the end time: refuse it before it moves anything.
+    if (!std::isfinite(dt))
+        throw std::runtime_error("Time step " + scientific(dt) +
+                                 " is not a finite number: the run cannot reach its end time");
+    if (!(currentTime + dt > currentTime))
+        throw std::runtime_error("Time step " + scientific(dt) + " does not advance the time from " +
+                                 fixed(currentTime) + ": the run cannot reach its end time");
     for (auto& element : elements) {
         Element& e = *element;
         e.updateLocalCoordinateSystem();
@@ -278,9 +294,10 @@ void Model::step(double& candidateStep) {
         n.computeNewPosition(dt, currentTime);
         internalEnergy += n.getInternalEnergy();
         kineticEnergy += n.getKineticEnergy();
-        // An unstable integration shows first as a non-finite position; stop
-        // there rather than write pages of NaN.
-        if (!std::isfinite(n.getX_pos() + n.getY_pos() + n.getZ_pos()))
+        // An unstable integration shows first as a non-finite position or
+        // rotation; stop there rather than write pages of NaN.
+        if (!std::isfinite(n.getX_pos() + n.getY_pos() + n.getZ_pos() + n.getX_rot() + n.getY_rot() +
+                           n.getZ_rot()))
             throw std::runtime_error("Node " + std::to_string(n.getNumber()) +
                                      " has a non-finite position at time " + fixed(currentTime) +
                                      " with time step " + scientific(dt) +
@@ -319,21 +336,23 @@ void Model::solve() {
                     std::throw_with_nested(std::runtime_error(" --> Error during writing"));
                 }
             }
-            for (auto& node : nodes)
-                node->clearNodalForces();
-            const double previousTime = currentTime;
-            currentTime += timeStep;
+            advanceTime();
             t = currentTime;
-            // A step that is negative, zero, NaN or too small to change the
-            // time would never reach the end time.
-            if (!(currentTime > previousTime))
-                throw std::runtime_error("Time step " + scientific(timeStep) +
-                                         " does not advance the time from " + fixed(previousTime) +
-                                         ": the run cannot reach its end time");
         }
     } catch (const std::exception&) {
         std::throw_with_nested(std::runtime_error(" --> Run method"));
     }
+}
+
+void Model::advanceTime() {
+    for (auto& node : nodes)
+        node->clearNodalForces();
+    // A step that cannot move the time on is refused by the next increment.
+    currentTime += timeStep;
+}
+
+double Model::getEndTime() const {
+    return controlSet ? controlSet->getEndTime() : 0.0;
 }
 
 void Model::checkNeighbours() {

@@ -48,8 +48,14 @@ public:
     double getInternalEnergy() const { return internalEnergy; }
     double getKineticEnergy() const { return kineticEnergy; }
     bool isAutomaticTimeStep() const { return automaticTimeStep; }
-    // Advances one increment of the loop (used by solve and by tests).
+    // Advances one increment of the loop (used by solve and by tests); refuses
+    // a time step that is not finite or does not move the time on.
     void step(double& candidateStep);
+    // Closes an increment: clears the nodal forces and moves the time on by
+    // the current step.
+    void advanceTime();
+    // End time of the control set (0 while there is none).
+    double getEndTime() const;
 
 private:
     void checkNodeNumbering();

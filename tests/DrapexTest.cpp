@@ -97,7 +97,7 @@ TEST(Console, DeckWithoutControlsIsReported) {
     const RunResult r = runDeck("nocontrols", "NODES\n1 X 0\n");
     EXPECT_EQ(r.err, " --> Exception caught \n"
                      " --> Initialize method \n"
-                     " --> Details: No CONTROLS block found: the deck needs a control set\n");
+                     " --> Details: No control set: the deck needs a CONTROLS block with at least one line\n");
 }
 
 TEST(Console, MalformedDecksNeverCrash) {
@@ -108,7 +108,7 @@ TEST(Console, MalformedDecksNeverCrash) {
     };
     static const char binaryDeck[] = "CONTROLS\nSTEP 1\n\x01\x02\xff\xfe\x00\x7f\nNODES\n\x80\x81 1 2\n";
     const Case cases[] = {
-        {"empty", "", " --> Details: No CONTROLS block found"},
+        {"empty", "", " --> Details: No control set"},
         {"cutshort", "CONTROLS\nRUN FROM 0 TO\n", " --> Details: At line 2\n --> Details: "},
         {"range", "CONTROLS\nSTEP 1\nNODES\n1 X 1E999\n",
          " --> Details: At line 4\n --> Details: Number 1E999 is out of range"},
