@@ -9,11 +9,54 @@ namespace {
 const char* const velocityKeys[6] = {"VX", "VY", "VZ", "VRX", "VRY", "VRZ"};
 const char* const accelerationKeys[6] = {"AX", "AY", "AZ", "ARX", "ARY", "ARZ"};
 
-using Setter = void (Node::*)(double);
-const Setter velocitySetters[6] = {&Node::setX_vel,     &Node::setY_vel,     &Node::setZ_vel,
-                                   &Node::setX_rot_vel, &Node::setY_rot_vel, &Node::setZ_rot_vel};
-const Setter accelerationSetters[6] = {&Node::setX_acc,     &Node::setY_acc,     &Node::setZ_acc,
-                                       &Node::setX_rot_acc, &Node::setY_rot_acc, &Node::setZ_rot_acc};
+// Component k (x, y, z, rx, ry, rz) of the node's velocity and acceleration.
+// A switch rather than a table of member-function pointers: GCC 12's
+// undefined-behaviour checker misreads calls through such a table.
+void setVelocity(Node& node, int k, double v) {
+    switch (k) {
+    case 0:
+        node.setX_vel(v);
+        break;
+    case 1:
+        node.setY_vel(v);
+        break;
+    case 2:
+        node.setZ_vel(v);
+        break;
+    case 3:
+        node.setX_rot_vel(v);
+        break;
+    case 4:
+        node.setY_rot_vel(v);
+        break;
+    default:
+        node.setZ_rot_vel(v);
+        break;
+    }
+}
+
+void setAcceleration(Node& node, int k, double a) {
+    switch (k) {
+    case 0:
+        node.setX_acc(a);
+        break;
+    case 1:
+        node.setY_acc(a);
+        break;
+    case 2:
+        node.setZ_acc(a);
+        break;
+    case 3:
+        node.setX_rot_acc(a);
+        break;
+    case 4:
+        node.setY_rot_acc(a);
+        break;
+    default:
+        node.setZ_rot_acc(a);
+        break;
+    }
+}
 } // namespace
 
 BoundaryCondition::BoundaryCondition() {
@@ -63,14 +106,14 @@ void BoundaryCondition::applyAccelerationConditions(Node* node, double t) {
     const double f = scaleFactor(t);
     for (int k = 0; k < 6; ++k) {
         if (velocitySet[k])
-            (node->*accelerationSetters[k])(0.0);
+            setAcceleration(*node, k, 0.0);
         else if (accelerationSet[k])
-            (node->*accelerationSetters[k])(f * acceleration[k]);
+            setAcceleration(*node, k, f * acceleration[k]);
     }
 }
 
 void BoundaryCondition::applyVelocityConditions(Node* node, double t) {
     const double f = scaleFactor(t);
     for (int k = 0; k < 6; ++k)
-        if (velocitySet[k]) (node->*velocitySetters[k])(f * velocity[k]);
+        if (velocitySet[k]) setVelocity(*node, k, f * velocity[k]);
 }
