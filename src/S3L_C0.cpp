@@ -62,15 +62,14 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
         const Token& token = tokens[i];
         const std::string key = token.isAWord() ? token.getWord() : std::string();
         if (key == "NODES") {
+            // A repeated NODES replaces the three, so that the element never
+            // holds more nodes than its cell line in the results can carry.
+            nodes.clear();
             for (int k = 1; k <= 3; ++k) {
                 const Token& value = tokens.at(i + k);
                 if (value.isAWord())
                     throw std::invalid_argument("Not enough nodes inputs for Element S3L_C0");
-                const int n = static_cast<int>(value.getNumber());
-                const auto found = nodeMap.find(n);
-                if (found == nodeMap.end())
-                    throw std::invalid_argument("Node " + std::to_string(n) + " is not found");
-                nodes.push_back(found->second);
+                nodes.push_back(findNode(value, nodeMap));
             }
             nodesSet = true;
             i += 4;
@@ -96,7 +95,7 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
             if (!load) throw std::invalid_argument("Load name " + name + " is not found");
             i += 2;
         } else if (key == "T" && tokens.at(i + 1).isANumber()) {
-            thickness = tokens[i + 1].getNumber();
+            thickness = tokens[i + 1].getFiniteNumber("T of shell element " + std::to_string(number));
             i += 2;
         } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
             const std::string kind = tokens[i + 1].getWord();
@@ -108,11 +107,12 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
                 throw std::invalid_argument("Invalid CONTACT type");
             i += 2;
         } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
-            contactFactor = tokens[i + 1].getNumber();
+            contactFactor =
+                tokens[i + 1].getFiniteNumber("FACTOR of shell element " + std::to_string(number));
             contactFactorSet = true;
             i += 2;
         } else if (key == "FRICTION" && tokens.at(i + 1).isANumber()) {
-            friction = tokens[i + 1].getNumber();
+            friction = tokens[i + 1].getFiniteNumber("FRICTION of shell element " + std::to_string(number));
             frictionSet = true;
             i += 2;
         } else if (key == "NIP" && tokens.at(i + 1).isANumber()) {
@@ -445,6 +445,14 @@ void S3L_C0::setUpIntegration() {
 
 void S3L_C0::setInitialConditions() {
     if (!material) throw std::invalid_argument(errorPrefix() + ". Material is not set");
+    // The shell integrates strain increments and hands its laws a zero
+    // deformation gradient: a law that works from F alone would give NaN
+    // stresses at the first increment.
+    const std::string law = material->getType();
+    if (law == "HYPERELASTIC" || law == "HYPERTEXTILE")
+        throw std::invalid_argument(errorPrefix() + ". Material " + material->getName() + " of type " + law +
+                                    " works from the deformation gradient, which the shell does not "
+                                    "compute: use an ELASTIC material");
     material = material->copyMat();
     updateLocalCoordinateSystem();
     material->setInitialConditions(localBasis);
