@@ -123,6 +123,12 @@ void Rod2::assembleMassMatrix() {
     if (!(m > 0.0))
         throw std::invalid_argument("Error in rod element " + std::to_string(number) +
                                     ". Element mass is zero or negative");
+    // Finite inputs can still overflow (a diameter of 1E200); an infinite mass
+    // or inertia would only surface later as NaN positions.
+    const double I = std::max(m * initialLength * initialLength / 12.0, m * diameter * diameter * 0.125);
+    if (!std::isfinite(m) || !std::isfinite(I))
+        throw std::invalid_argument("Error in rod element " + std::to_string(number) +
+                                    ". Element mass or inertia is not a finite number");
     Node& n1 = *nodes.at(0);
     Node& n2 = *nodes.at(1);
     n1.addMass(m * 0.5);
@@ -131,7 +137,6 @@ void Rod2::assembleMassMatrix() {
     n1.setRayleighDamping(alpha);
     n2.setRayleighDamping(alpha);
 
-    const double I = std::max(m * initialLength * initialLength / 12.0, m * diameter * diameter * 0.125);
     for (int r = 0; r < 3; ++r)
         for (int s = 0; s < 3; ++s)
             inertia[r][s] = r == s ? I : 0.0;
