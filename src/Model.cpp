@@ -298,10 +298,11 @@ void Model::step(double& candidateStep) {
         // rotation; stop there rather than write pages of NaN.
         if (!std::isfinite(n.getX_pos() + n.getY_pos() + n.getZ_pos() + n.getX_rot() + n.getY_rot() +
                            n.getZ_rot()))
-            throw std::runtime_error("Node " + std::to_string(n.getNumber()) +
-                                     " has a non-finite position at time " + fixed(currentTime) +
-                                     " with time step " + scientific(dt) +
-                                     ": the integration is unstable (a time step above the critical one?)");
+            throw std::runtime_error(
+                "Node " + std::to_string(n.getNumber()) + " has a non-finite position at time " +
+                fixed(currentTime) + " with time step " + scientific(dt) +
+                ": the integration diverged (check the time step against the critical one, the loads and "
+                "the material parameters)");
     }
     checkNeighbours();
     if (contactSearch) contactSearch->update(nodes);
