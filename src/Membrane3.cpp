@@ -87,7 +87,7 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
             load = found;
             i += 2;
         } else if (key == "T" && tokens.at(i + 1).isANumber()) {
-            thickness = tokens[i + 1].getNumber();
+            thickness = tokens[i + 1].getFiniteNumber("T of membrane element " + std::to_string(number));
             i += 2;
         } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
             const std::string kind = tokens[i + 1].getWord();
@@ -99,11 +99,13 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
                 throw std::invalid_argument("Invalid CONTACT type");
             i += 2;
         } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
-            contactFactor = tokens[i + 1].getNumber();
+            contactFactor =
+                tokens[i + 1].getFiniteNumber("FACTOR of membrane element " + std::to_string(number));
             contactFactorSet = true;
             i += 2;
         } else if (key == "FRICTION" && tokens.at(i + 1).isANumber()) {
-            friction = tokens[i + 1].getNumber();
+            friction =
+                tokens[i + 1].getFiniteNumber("FRICTION of membrane element " + std::to_string(number));
             frictionSet = true;
             i += 2;
         } else {
