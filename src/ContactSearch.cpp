@@ -116,7 +116,11 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
     axis = (hi[2] - lo[2] > hi[1] - lo[1]) ? 2 : 1;
     originX = lo[0];
     originS = lo[axis];
-    const double lengthX = hi[0] - lo[0], lengthS = hi[axis] - lo[axis];
+    double lengthX = hi[0] - lo[0], lengthS = hi[axis] - lo[axis];
+    // Finite coordinates more than the largest double apart have no finite
+    // extent to divide into cells: search that axis as one cell.
+    if (!std::isfinite(lengthX)) lengthX = 0.0;
+    if (!std::isfinite(lengthS)) lengthS = 0.0;
 
     // About one cell per node, square where both spreads allow it.
     const int target = std::max(binned, 1);
