@@ -63,25 +63,23 @@ void ContactLine::parseOstrel(std::vector<Token> tokens, const std::vector<std::
             for (std::size_t k = i + 1; k <= i + 2; ++k) {
                 if (tokens[k].isAWord())
                     throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
-                const int id = static_cast<int>(tokens[k].getNumber());
-                auto it = nodeMap.find(id);
-                if (it == nodeMap.end())
-                    throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
-                found.push_back(it->second);
+                found.push_back(findNode(tokens[k], nodeMap));
             }
             nodes = found;
             nodesSet = true;
             i += 3;
         } else if (key.isAWord() && word == "R" && numberFollows) {
-            radius = tokens[i + 1].getNumber();
+            radius = tokens[i + 1].getFiniteNumber("R of contact line element " + std::to_string(number));
             radiusSet = true;
             i += 2;
         } else if (key.isAWord() && word == "FACTOR" && numberFollows) {
-            factor = tokens[i + 1].getNumber();
+            factor =
+                tokens[i + 1].getFiniteNumber("FACTOR of contact line element " + std::to_string(number));
             factorSet = true;
             i += 2;
         } else if (key.isAWord() && word == "FRICTION" && numberFollows) {
-            friction = tokens[i + 1].getNumber();
+            friction =
+                tokens[i + 1].getFiniteNumber("FRICTION of contact line element " + std::to_string(number));
             frictionSet = true;
             i += 2;
         } else {

@@ -48,25 +48,24 @@ void ContactTriangle::parseOstrel(std::vector<Token> tokens, const std::vector<s
             for (std::size_t k = i + 1; k <= i + 3; ++k) {
                 if (tokens[k].isAWord())
                     throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
-                const int id = static_cast<int>(tokens[k].getNumber());
-                auto it = nodeMap.find(id);
-                if (it == nodeMap.end())
-                    throw std::invalid_argument("Node " + std::to_string(id) + " is not found");
-                found.push_back(it->second);
+                found.push_back(findNode(tokens[k], nodeMap));
             }
             nodes = found;
             nodesSet = true;
             i += 4;
         } else if (key.isAWord() && word == "T" && numberFollows) {
-            thickness = tokens[i + 1].getNumber();
+            thickness =
+                tokens[i + 1].getFiniteNumber("T of contact triangle element " + std::to_string(number));
             thicknessSet = true;
             i += 2;
         } else if (key.isAWord() && word == "FACTOR" && numberFollows) {
-            factor = tokens[i + 1].getNumber();
+            factor =
+                tokens[i + 1].getFiniteNumber("FACTOR of contact triangle element " + std::to_string(number));
             factorSet = true;
             i += 2;
         } else if (key.isAWord() && word == "FRICTION" && numberFollows) {
-            friction = tokens[i + 1].getNumber();
+            friction = tokens[i + 1].getFiniteNumber("FRICTION of contact triangle element " +
+                                                     std::to_string(number));
             frictionSet = true;
             i += 2;
         } else if (key.isAWord() && word == "TYPE" && i + 1 < count && tokens[i + 1].isAWord()) {
