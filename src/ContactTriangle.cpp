@@ -158,8 +158,10 @@ bool ContactTriangle::checkContact(const Node* node, double x, double y, double 
     areaCoordinates[2] = c[5] * p[1];
     for (int r = 0; r < 3; ++r)
         localPosition[r] = p[r];
-    if (areaCoordinates[0] < -edge_tolerance_ || areaCoordinates[1] < -edge_tolerance_ ||
-        areaCoordinates[2] < -edge_tolerance_)
+    // Written so that NaN coordinates (a triangle of no area has no basis and
+    // no coefficients) reject the node as well: such a triangle touches nothing.
+    if (!(areaCoordinates[0] >= -edge_tolerance_ && areaCoordinates[1] >= -edge_tolerance_ &&
+          areaCoordinates[2] >= -edge_tolerance_))
         return false;
 
     if (contactType == 0) {
