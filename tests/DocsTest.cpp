@@ -1,0 +1,184 @@
+// Every deck shown in the user documents runs with the built program: complete
+// decks run to the end without an error and write the files the documents
+// show, and each deck with a mistake produces exactly the error chain that the
+// documents print after it.
+#include "DocBlocks.h"
+#include "ElementLibrary.h"
+#include "TestUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <stdexcept>
+
+using namespace testutil;
+using docblocks::Block;
+
+namespace {
+
+const char* const documents[] = {"README.md", "docs/deck-format.md", "docs/outputs.md"};
+
+struct DeckCase {
+    std::string document;
+    Block deck;
+    std::vector<Block> expected; // the stderr block or the output blocks that follow the deck
+    std::string name;
+};
+
+std::string identifier(const std::string& document, int line) {
+    std::string id = std::filesystem::path(document).stem().string();
+    for (char& c : id)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return id + "_line_" + std::to_string(line);
+}
+
+std::vector<DeckCase> collectDecks() {
+    std::vector<DeckCase> cases;
+    for (const char* document : documents) {
+        const auto blocks = docblocks::readBlocks(std::filesystem::path(DRAPEX_ROOT) / document);
+        for (std::size_t i = 0; i < blocks.size(); ++i) {
+            if (blocks[i].kind != "deck" && blocks[i].kind != "deck-error") continue;
+            DeckCase c{document, blocks[i], {}, identifier(document, blocks[i].line)};
+            for (std::size_t k = i + 1; k < blocks.size(); ++k) {
+                const std::string& kind = blocks[k].kind;
+                if (kind == "deck" || kind == "deck-error") break;
+                if (kind == "stderr" || kind == "output") c.expected.push_back(blocks[k]);
+            }
+            cases.push_back(c);
+        }
+    }
+    return cases;
+}
+
+// Element types that arrive with their own classes; a deck that needs one the
+// element library does not offer yet cannot run in this build.
+std::string missingElementType(const std::string& deck) {
+    std::string upper = deck;
+    for (char& c : upper)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    std::vector<std::string> needed;
+    for (const char* type : {"MEMBRANE_3", "S3L_C0", "CONTACT_TRIANGLE", "CONTACT_LINE"})
+        if (upper.find(type) != std::string::npos) needed.push_back(type);
+    if (upper.find("CONTACT ") != std::string::npos) needed.push_back("CONTACT_LINE");
+    for (const auto& type : needed) {
+        try {
+            ElementLibrary::getElementOstrel(type);
+        } catch (const std::invalid_argument&) {
+            return type;
+        }
+    }
+    return "";
+}
+
+// Matches expected lines against actual ones; an expected line "..." stands
+// for any number of lines.
+::testing::AssertionResult linesMatch(const std::vector<std::string>& expected,
+                                      const std::vector<std::string>& actual) {
+    std::size_t j = 0;
+    bool skipping = false;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        if (expected[i] == "...") {
+            skipping = true;
+            continue;
+        }
+        while (skipping && j < actual.size() && !docblocks::sameLine(expected[i], actual[j]))
+            ++j;
+        if (j >= actual.size())
+            return ::testing::AssertionFailure() << "missing line " << i + 1 << ": \"" << expected[i] << "\"";
+        if (!docblocks::sameLine(expected[i], actual[j]))
+            return ::testing::AssertionFailure()
+                   << "line " << i + 1 << ": expected \"" << expected[i] << "\", got \"" << actual[j] << "\"";
+        skipping = false;
+        ++j;
+    }
+    if (!skipping && j != actual.size())
+        return ::testing::AssertionFailure() << "unexpected line: \"" << actual[j] << "\"";
+    return ::testing::AssertionSuccess();
+}
+
+// Names the block in failure reports instead of dumping its bytes.
+void PrintTo(const DeckCase& c, std::ostream* os) {
+    *os << c.document << ":" << c.deck.line;
+}
+
+class DocumentDeck : public ::testing::TestWithParam<DeckCase> {};
+
+TEST_P(DocumentDeck, RunsAsDocumented) {
+    const DeckCase& c = GetParam();
+    const std::string missing = missingElementType(c.deck.body);
+    if (!missing.empty()) GTEST_SKIP() << missing << " is not in this build";
+
+    const auto dir = scratchDir("docs_" + c.name);
+    const std::string file = c.deck.argument.empty()                          ? c.name + ".txt"
+                             : c.deck.argument.find('.') == std::string::npos ? c.deck.argument + ".txt"
+                                                                              : c.deck.argument;
+    writeFile(dir / file, c.deck.body);
+    const RunResult run = runCommand("cd '" + dir.string() + "' && '" + DRAPEX_EXE + "' '" + file + "'");
+    const std::string where = c.document + ":" + std::to_string(c.deck.line);
+    EXPECT_EQ(run.status, 0) << where;
+
+    if (c.deck.kind == "deck") {
+        EXPECT_EQ(run.err, "") << where;
+        EXPECT_TRUE(contains(run.out, "\n Exit Drapex\n")) << where;
+        EXPECT_TRUE(contains(run.out, " Solving took : ")) << where;
+        for (const Block& out : c.expected) {
+            ASSERT_EQ(out.kind, "output") << where << ": a complete deck is followed by output blocks only";
+            const auto path = dir / out.argument;
+            ASSERT_TRUE(std::filesystem::exists(path)) << where << ": no file " << out.argument;
+            EXPECT_TRUE(linesMatch(docblocks::lines(out.body), docblocks::lines(readFile(path))))
+                << c.document << ":" << out.line << " (" << out.argument << ")";
+        }
+    } else {
+        ASSERT_EQ(c.expected.size(), 1u) << where << ": a deck with a mistake is followed by its stderr";
+        ASSERT_EQ(c.expected[0].kind, "stderr") << where;
+        EXPECT_TRUE(linesMatch(docblocks::lines(c.expected[0].body), docblocks::lines(run.err)))
+            << where << "\nstderr was:\n"
+            << run.err;
+        // A failed job still closes properly.
+        EXPECT_TRUE(contains(run.out, "\n Exit Drapex\n")) << where;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, DocumentDeck, ::testing::ValuesIn(collectDecks()),
+                         [](const ::testing::TestParamInfo<DeckCase>& info) { return info.param.name; });
+
+TEST(DocumentBlocks, EveryBlockHasAKnownKindAndItsPartner) {
+    const std::set<std::string> kinds = {"deck", "deck-error", "stderr", "output", "sh", "text"};
+    for (const char* document : documents) {
+        const auto blocks = docblocks::readBlocks(std::filesystem::path(DRAPEX_ROOT) / document);
+        std::string previous;
+        for (const Block& b : blocks) {
+            const std::string where = std::string(document) + ":" + std::to_string(b.line);
+            EXPECT_TRUE(kinds.count(b.kind)) << where << ": unknown block kind \"" << b.kind << "\"";
+            if (b.kind == "stderr") {
+                EXPECT_EQ(previous, "deck-error") << where;
+            }
+            if (previous == "deck-error") {
+                EXPECT_EQ(b.kind, "stderr") << where;
+            }
+            if (b.kind == "output") {
+                EXPECT_FALSE(b.argument.empty()) << where;
+                EXPECT_TRUE(previous == "deck" || previous == "output" || previous == "text" ||
+                            previous == "sh")
+                    << where;
+            }
+            previous = b.kind;
+        }
+    }
+}
+
+TEST(DocumentBlocks, TheGuidesShowDecksAndMistakes) {
+    const auto cases = collectDecks();
+    auto count = [&](const std::string& document, const std::string& kind) {
+        return std::count_if(cases.begin(), cases.end(), [&](const DeckCase& c) {
+            return c.document == document && c.deck.kind == kind;
+        });
+    };
+    EXPECT_EQ(count("README.md", "deck"), 1);
+    EXPECT_GE(count("docs/deck-format.md", "deck"), 10);
+    EXPECT_GE(count("docs/deck-format.md", "deck-error"), 15);
+    EXPECT_GE(count("docs/outputs.md", "deck"), 1);
+}
+
+} // namespace
