@@ -8,7 +8,8 @@
 //   deck [NAME]        a complete deck that runs (written as NAME.txt)
 //   deck-error [FILE]  a deck with a mistake; the next block is its stderr
 //   stderr             the standard error that the deck before it produces
-//   output PATH        a file that the last deck writes, PATH relative to it
+//   output [DECK:]PATH a file that the last deck (or the deck named DECK)
+//                      writes, PATH relative to the deck
 //   sh, text           commands and illustrations that nothing runs
 #pragma once
 

@@ -33,19 +33,29 @@ std::string identifier(const std::string& document, int line) {
     return id + "_line_" + std::to_string(line);
 }
 
+// Output blocks belong to the deck before them, or, with an argument of the
+// form "<deck name>:<path>", to the deck of that name in the same document.
 std::vector<DeckCase> collectDecks() {
     std::vector<DeckCase> cases;
     for (const char* document : documents) {
         const auto blocks = docblocks::readBlocks(std::filesystem::path(DRAPEX_ROOT) / document);
-        for (std::size_t i = 0; i < blocks.size(); ++i) {
-            if (blocks[i].kind != "deck" && blocks[i].kind != "deck-error") continue;
-            DeckCase c{document, blocks[i], {}, identifier(document, blocks[i].line)};
-            for (std::size_t k = i + 1; k < blocks.size(); ++k) {
-                const std::string& kind = blocks[k].kind;
-                if (kind == "deck" || kind == "deck-error") break;
-                if (kind == "stderr" || kind == "output") c.expected.push_back(blocks[k]);
+        const std::size_t first = cases.size();
+        for (const Block& b : blocks) {
+            if (b.kind == "deck" || b.kind == "deck-error") {
+                cases.push_back(DeckCase{document, b, {}, identifier(document, b.line)});
+                continue;
             }
-            cases.push_back(c);
+            if (b.kind != "stderr" && b.kind != "output") continue;
+            Block expected = b;
+            DeckCase* owner = cases.size() > first ? &cases.back() : nullptr;
+            const auto colon = b.argument.find(':');
+            if (b.kind == "output" && colon != std::string::npos) {
+                owner = nullptr;
+                for (std::size_t k = first; k < cases.size(); ++k)
+                    if (cases[k].deck.argument == b.argument.substr(0, colon)) owner = &cases[k];
+                expected.argument = b.argument.substr(colon + 1);
+            }
+            if (owner) owner->expected.push_back(expected);
         }
     }
     return cases;
