@@ -29,11 +29,13 @@ std::vector<std::string> listedExamples() {
 
 // End times for the examples that take longer than the suite should wait;
 // the copy run in the test stops there.
-const std::map<std::string, std::string> shortenedEndTime = {};
+const std::map<std::string, std::string> shortenedEndTime = {{"cantilever", "0.002"}};
 
 std::string withEndTime(const std::string& deck, const std::string& endTime) {
     const std::regex run(R"((RUN\s+FROM\s+\S+\s+TO\s+)\S+)", std::regex::icase);
-    return std::regex_replace(deck, run, "$1" + endTime);
+    std::smatch m;
+    if (!std::regex_search(deck, m, run)) return deck;
+    return m.prefix().str() + m[1].str() + endTime + m.suffix().str();
 }
 
 class Example : public ::testing::TestWithParam<std::string> {};
