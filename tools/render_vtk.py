@@ -121,7 +121,8 @@ def render(args):
     actor = vtk.vtkActor()
     actor.SetMapper(mapper)
     prop = actor.GetProperty()
-    prop.SetLineWidth(3.0)
+    # Rods are lines: draw them thick; the edges of a triangle mesh thin.
+    prop.SetLineWidth(1.0 if mesh.GetNumberOfPolys() > 0 else 3.0)
     if not args.no_edges:
         prop.EdgeVisibilityOn()
         prop.SetEdgeColor(0.15, 0.15, 0.15)
@@ -161,7 +162,6 @@ def render(args):
     camera.SetPosition(*[centre[k] + direction[k] for k in range(3)])
     camera.SetViewUp(*up)
     renderer.ResetCamera()
-    camera.Zoom(1.15)
 
     window = vtk.vtkRenderWindow()
     window.SetOffScreenRendering(1)
