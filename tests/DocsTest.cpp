@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <stdexcept>
 
@@ -189,6 +190,31 @@ TEST(DocumentBlocks, TheGuidesShowDecksAndMistakes) {
     EXPECT_GE(count("docs/deck-format.md", "deck"), 10);
     EXPECT_GE(count("docs/deck-format.md", "deck-error"), 15);
     EXPECT_GE(count("docs/outputs.md", "deck"), 1);
+}
+
+} // namespace
+
+namespace {
+
+// The guide shows its first deck again in lower case with other delimiters and
+// says that it runs exactly like the original: the result files agree.
+TEST(DocumentDecks, LowerCaseCopyOfTheFirstDeckGivesTheSameResults) {
+    const auto blocks = docblocks::readBlocks(std::filesystem::path(DRAPEX_ROOT) / "docs/deck-format.md");
+    std::map<std::string, std::string> decks;
+    for (const Block& b : blocks)
+        if (b.kind == "deck") decks[b.argument] = b.body;
+    ASSERT_TRUE(decks.count("first") && decks.count("lower"));
+
+    std::vector<std::string> results;
+    for (const std::string name : {"first", "lower"}) {
+        std::filesystem::path deck;
+        const RunResult run = runDeck(name, decks[name], &deck);
+        ASSERT_EQ(run.err, "") << name;
+        const auto files = deck.parent_path() / ("Results_" + name);
+        results.push_back(readFile(files / (name + "_2.vtk")));
+        ASSERT_FALSE(results.back().empty()) << name;
+    }
+    EXPECT_EQ(results[0], results[1]);
 }
 
 } // namespace
