@@ -3,7 +3,6 @@
 // show, and each deck with a mistake produces exactly the error chain that the
 // documents print after it.
 #include "DocBlocks.h"
-#include "ElementLibrary.h"
 #include "TestUtil.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +10,6 @@
 #include <algorithm>
 #include <map>
 #include <set>
-#include <stdexcept>
 
 using namespace testutil;
 using docblocks::Block;
@@ -62,26 +60,6 @@ std::vector<DeckCase> collectDecks() {
     return cases;
 }
 
-// Element types that arrive with their own classes; a deck that needs one the
-// element library does not offer yet cannot run in this build.
-std::string missingElementType(const std::string& deck) {
-    std::string upper = deck;
-    for (char& c : upper)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    std::vector<std::string> needed;
-    for (const char* type : {"MEMBRANE_3", "S3L_C0", "CONTACT_TRIANGLE", "CONTACT_LINE"})
-        if (upper.find(type) != std::string::npos) needed.push_back(type);
-    if (upper.find("CONTACT ") != std::string::npos) needed.push_back("CONTACT_LINE");
-    for (const auto& type : needed) {
-        try {
-            ElementLibrary::getElementOstrel(type);
-        } catch (const std::invalid_argument&) {
-            return type;
-        }
-    }
-    return "";
-}
-
 // Matches expected lines against actual ones; an expected line "..." stands
 // for any number of lines.
 ::testing::AssertionResult linesMatch(const std::vector<std::string>& expected,
@@ -117,9 +95,6 @@ class DocumentDeck : public ::testing::TestWithParam<DeckCase> {};
 
 TEST_P(DocumentDeck, RunsAsDocumented) {
     const DeckCase& c = GetParam();
-    const std::string missing = missingElementType(c.deck.body);
-    if (!missing.empty()) GTEST_SKIP() << missing << " is not in this build";
-
     const auto dir = scratchDir("docs_" + c.name);
     const std::string file = c.deck.argument.empty()                          ? c.name + ".txt"
                              : c.deck.argument.find('.') == std::string::npos ? c.deck.argument + ".txt"

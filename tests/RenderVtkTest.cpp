@@ -83,6 +83,13 @@ TEST_F(RenderVtkTest, BadInputIsRefusedWithAMessage) {
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, "render_vtk.py: " + empty.string() + " holds no result files (<stem>_<N>.vtk)\n");
     EXPECT_FALSE(fs::exists(png));
+
+    // At time 0 the rods carry nothing: every cell of the first file is zero.
+    const fs::path first = results / (results.filename().string().substr(8) + "_0.vtk");
+    r = render(shellQuoted(first) + " --hide-zero-cells -o " + shellQuoted(png));
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "render_vtk.py: " + first.string() + " holds only cells whose arrays are all zero\n");
+    EXPECT_FALSE(fs::exists(png));
 }
 
 } // namespace

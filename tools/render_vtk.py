@@ -7,6 +7,7 @@
 The input is a result file or a results folder (its last file is taken).
 The cells are coloured by one of the twelve cell arrays (--array, default
 S11) with a colour bar; --view chooses the camera (iso, top, front, side).
+--hide-zero-cells leaves out a tool surface (contact elements write zeros).
 The unused point 0 that every result file carries is left out of the view.
 
 Needs VTK's Python bindings (Debian's python3-vtk9). VTK draws through X:
@@ -60,6 +61,8 @@ def build_parser():
     p.add_argument("--title", help="text in the upper left corner (default: the file name)")
     p.add_argument("--range", nargs=2, type=float, metavar=("MIN", "MAX"), help="colour range")
     p.add_argument("--no-edges", action="store_true", help="do not draw the element edges")
+    p.add_argument("--hide-zero-cells", action="store_true",
+                   help="leave out cells whose twelve arrays are all zero (a tool surface of contact elements)")
     return p
 
 
@@ -73,6 +76,22 @@ def need_display():
     env = dict(os.environ, DRAPEX_RENDER_UNDER_XVFB="1")
     sys.stdout.flush()
     os.execve(xvfb, [xvfb, "-a", "-s", "-screen 0 1600x1200x24", sys.executable] + sys.argv, env)
+
+
+def without_zero_cells(vtk, grid):
+    """The grid without the cells that hold zero in all twelve arrays: contact
+    elements declared in the deck write nothing else."""
+    arrays = [grid.GetCellData().GetArray(name) for name in ARRAYS]
+    arrays = [a for a in arrays if a is not None]
+    keep = vtk.vtkIdList()
+    for cell in range(grid.GetNumberOfCells()):
+        if any(a.GetTuple1(cell) != 0.0 for a in arrays):
+            keep.InsertNextId(cell)
+    extract = vtk.vtkExtractCells()
+    extract.SetInputData(grid)
+    extract.SetCellList(keep)
+    extract.Update()
+    return extract.GetOutput()
 
 
 def render(args):
@@ -92,6 +111,11 @@ def render(args):
     values = grid.GetCellData().GetArray(args.array)
     if values is None:
         raise RenderError(f"{path} has no cell array {args.array}")
+
+    if args.hide_zero_cells:
+        grid = without_zero_cells(vtk, grid)
+        if grid.GetNumberOfCells() == 0:
+            raise RenderError(f"{path} holds only cells whose arrays are all zero")
 
     # Surface of the cells only: point 0 belongs to no cell and is dropped.
     surface = vtk.vtkGeometryFilter()
