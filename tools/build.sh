@@ -34,5 +34,5 @@ if [ ${#want[@]} -gt 0 ]; then
     apt_install "${want[@]}" || echo "Could not install ${want[*]}: the tests that need them will be skipped"
 fi
 
-cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DDRAPEX_BENCH=OFF
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DDRAPEX_BENCH=ON
 cmake --build build -j"$(nproc)"

@@ -1,0 +1,80 @@
+// One element's strain-stress-force pass per element type, and the 2D stress
+// laws on their own.
+#include "MicroFixtures.h"
+
+#include <cmath>
+
+using micro::Mesh;
+
+namespace {
+
+// A zigzag chain of rods, each slightly stretched so that it carries stress.
+Mesh rodChain(int count) {
+    Mesh mesh;
+    mesh.materials.push_back(micro::material("ELASTIC", "CORD", "E 2.0E9 NU 0.3 RHO 1200"));
+    for (int i = 0; i <= count; ++i)
+        mesh.addNode(0.01 * i, (i % 2) * 0.004, 0.0);
+    for (int i = 1; i <= count; ++i)
+        mesh.addElement("ROD_2", "NODES " + std::to_string(i) + " " + std::to_string(i + 1) +
+                                     " MATERIAL CORD D 0.002");
+    mesh.start();
+    for (auto& n : mesh.nodes)
+        n->setX_pos(n->getX_pos() * 1.001);
+    return mesh;
+}
+
+void BM_Rod2Pass(benchmark::State& state) {
+    Mesh mesh = rodChain(static_cast<int>(state.range(0)));
+    double candidate = 1.0;
+    micro::PerItem perElement(state, mesh.elements.size());
+    for (auto _ : state) {
+        micro::elementPass(mesh.elements, 1e-6, candidate);
+        benchmark::DoNotOptimize(candidate);
+    }
+}
+BENCHMARK(BM_Rod2Pass)->Arg(4096)->Arg(65536);
+
+// In-plane deformation gradient with stretch and shear.
+TNT::Array2D<double> sampleF() {
+    TNT::Array2D<double> F(2, 2);
+    F[0][0] = 1.05;
+    F[0][1] = 0.03;
+    F[1][0] = -0.01;
+    F[1][1] = 0.97;
+    return F;
+}
+
+void stressLaw(benchmark::State& state, std::shared_ptr<Material> shared) {
+    TNT::Array2D<double> basis(3, 3, 0.0);
+    basis[0][0] = basis[1][1] = basis[2][2] = 1.0;
+    auto m = shared->copyMat();
+    m->setInitialConditions(basis);
+    TNT::Array2D<double> F = sampleF();
+    TNT::Array1D<double> strain(6, 0.0), stress(6, 0.0);
+    micro::PerItem perCall(state, 1);
+    for (auto _ : state) {
+        strain[0] = 1e-6;
+        m->computeStress2D(F, strain, stress, basis);
+        benchmark::DoNotOptimize(stress[0]);
+    }
+}
+
+void BM_ElasticStress2D(benchmark::State& state) {
+    stressLaw(state, micro::material("ELASTIC", "STEEL", "E 2.1E5 NU 0.3 RHO 7.8E-9"));
+}
+BENCHMARK(BM_ElasticStress2D);
+
+void BM_OgdenStress2D(benchmark::State& state) {
+    stressLaw(state,
+              micro::material("HYPERELASTIC", "RUBBER", "RHO 1E-9 TYPE OGDEN MU 0.4 0.01 ALPHA 2.0 -2.0"));
+}
+BENCHMARK(BM_OgdenStress2D);
+
+void BM_TextileStress2D(benchmark::State& state) {
+    stressLaw(state, micro::material("HYPERTEXTILE", "FABRIC",
+                                     "RHO 1E-9 KELONGWARP 100 10 KELONGWEFT 100 10 KSHEAR 0.1 0.01 "
+                                     "WARPORI 1 0 0 WEFTORI 0 1 0"));
+}
+BENCHMARK(BM_TextileStress2D);
+
+} // namespace

@@ -1,0 +1,137 @@
+#!/usr/bin/env python3
+"""Whole-model benchmarks: generate decks, time the explicit loop, print a table.
+
+    python3 bench/run_benchmarks.py            # quick set (about 10^4 elements)
+    python3 bench/run_benchmarks.py --full     # 10^4 to 2x10^5 elements
+    python3 bench/run_benchmarks.py --only rod # cases whose name contains "rod"
+
+Each case is a deck made by tools/gendeck.py (rods by bench/rod_deck.py while
+the general generator cannot make them), run by build/bench/drapex_bench,
+which builds the model as the program does and then times increments of the
+loop with no output written. Columns:
+
+  us/el-step   wall time of one increment divided by the number of elements
+               (nodes, neighbour chain and contact included)
+  us/step      wall time of one increment
+  allocs/inc   heap allocations per increment (counting operator new)
+  KB/el peak   most heap held at once, from reading the deck to the end of
+               the timed increments, per element
+  KB/el model  heap held by the assembled model, per element
+
+Cases whose deck generator is missing are listed as skipped.
+"""
+
+import argparse
+import os
+import subprocess
+import sys
+import tempfile
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+GENDECK = os.path.join(ROOT, "tools", "gendeck.py")
+RODDECK = os.path.join(ROOT, "bench", "rod_deck.py")
+
+
+def rod_case(cells):
+    return ("rod", "ROD_2 / ELASTIC", [sys.executable, RODDECK, "--cells", str(cells), str(cells),
+                                       "--load", "pull"])
+
+
+def sheet_case(name, label, div, extra):
+    # A square sheet, left edge clamped and right edge pulled in its plane
+    # and out of it, so that every element strains and every node moves.
+    return (name, label, [sys.executable, GENDECK, "--mesh", "rect", "--size", "100", "100", "--div", str(div),
+                          str(div), "--clamp", "left", "--pull", "right", "100", "0", "-50", "--end", "1.0"] + extra)
+
+
+def contact_case(div):
+    # A textile sheet lying on a fixed tool of the same mesh density, pressed
+    # onto it by gravity; both are meshed with div x div cells.
+    return ("contact", "MEMBRANE_3 / HYPERTEXTILE on CONTACT_TRIANGLE",
+            [sys.executable, GENDECK, "--mesh", "rect", "--size", "100", "100", "--div", str(div), str(div),
+             "--element", "MEMBRANE_3", "--material", "textile", "--thickness", "0.5", "--gravity", "-9810",
+             "--tool", "rect", "--tool-div", str(div), str(div), "--tool-offset", "0.2", "--tool-thickness",
+             "0.5", "--tool-type", "SOLID", "--end", "1.0"])
+
+
+def cases(full):
+    # Sizes: a rod net of c x c cells has 2c(c+1) rods; a sheet of d x d
+    # cells has 2d^2 triangles.
+    rod_cells = [70, 158, 316] if full else [70]
+    sheet_div = [71, 158, 316] if full else [71]
+    out = []
+    for c in rod_cells:
+        out.append(rod_case(c))
+    for d in sheet_div:
+        out.append(sheet_case("membrane-textile", "MEMBRANE_3 / HYPERTEXTILE", d,
+                              ["--element", "MEMBRANE_3", "--material", "textile"]))
+    for d in sheet_div:
+        out.append(sheet_case("membrane-ogden", "MEMBRANE_3 / HYPERELASTIC (Ogden)", d,
+                              ["--element", "MEMBRANE_3", "--material", "ogden"]))
+    for d in sheet_div:
+        out.append(sheet_case("shell-3ip", "S3L_C0 NIP 3 / ELASTIC", d,
+                              ["--element", "S3L_C0", "--nip", "3", "--material", "elastic"]))
+    # N and 4N nodes in the sheet (and in the tool).
+    contact_div = [50, 100] if not full else [112, 224]
+    for d in contact_div:
+        out.append(contact_case(d))
+    return out
+
+
+def run_case(command, bench, workdir, seconds):
+    deck = os.path.join(workdir, "case.txt")
+    generator = command[1]
+    if not os.path.exists(generator):
+        return None, "skipped: %s not found" % os.path.relpath(generator, ROOT)
+    made = subprocess.run(command + ["-o", deck], capture_output=True, text=True)
+    if made.returncode != 0:
+        return None, "deck generation failed: " + made.stderr.strip().splitlines()[-1]
+    ran = subprocess.run([bench, deck, "--seconds", str(seconds)], capture_output=True, text=True, cwd=workdir)
+    for line in ran.stdout.splitlines():
+        if line.startswith("RESULT "):
+            return dict(item.split("=", 1) for item in line.split()[1:]), ""
+    return None, "failed: " + (ran.stderr.strip() or ran.stdout.strip()[-300:])
+
+
+def main(argv=None):
+    p = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    p.add_argument("--full", action="store_true", help="run the full size range")
+    p.add_argument("--only", help="run the cases whose name contains this text")
+    p.add_argument("--seconds", type=float, default=None, help="timed seconds per case (default 1, full 2)")
+    p.add_argument("--bench", default=os.path.join(ROOT, "build", "bench", "drapex_bench"))
+    args = p.parse_args(argv)
+    if not os.path.exists(args.bench):
+        sys.exit("%s not found: build with -DDRAPEX_BENCH=ON (bash tools/build.sh)" % args.bench)
+    seconds = args.seconds if args.seconds is not None else (2.0 if args.full else 1.0)
+
+    header = ("%-18s %-44s %8s %8s %6s %10s %10s %10s %10s %11s" %
+              ("case", "element / material", "elements", "nodes", "incs", "us/el-step", "us/step", "allocs/inc",
+               "KB/el peak", "KB/el model"))
+    print(header)
+    print("-" * len(header))
+    contact_steps = []
+    with tempfile.TemporaryDirectory(prefix="drapex_bench_") as workdir:
+        for name, label, command in cases(args.full):
+            if args.only and args.only not in name:
+                continue
+            result, note = run_case(command, args.bench, workdir, seconds)
+            if result is None:
+                print("%-18s %-44s %s" % (name, label, note))
+                continue
+            elements = int(result["elements"])
+            print("%-18s %-44s %8d %8s %6s %10.4f %10.1f %10.2f %10.2f %11.2f" %
+                  (name, label, elements, result["nodes"], result["increments"],
+                   float(result["us_per_element_step"]), float(result["us_per_increment"]),
+                   float(result["allocations_per_increment"]), int(result["peak_bytes"]) / 1024.0 / elements,
+                   int(result["model_bytes"]) / 1024.0 / elements))
+            sys.stdout.flush()
+            if name == "contact":
+                contact_steps.append((int(result["nodes"]), float(result["us_per_increment"])))
+    if len(contact_steps) == 2:
+        (n1, t1), (n2, t2) = contact_steps
+        print("\ncontact: %d -> %d nodes (x%.1f): time per step x%.2f" % (n1, n2, n2 / n1, t2 / t1))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
