@@ -8,18 +8,42 @@
 #include <iostream>
 #include <stdexcept>
 
-namespace {
-void zero(TNT::Array1D<double>& v) {
-    for (int i = 0; i < v.dim1(); ++i)
-        v[i] = 0.0;
-}
-} // namespace
-
 Node::Node()
-    : position(6, 0.0), displacement(6, 0.0), velocity(6, 0.0), acceleration(6, 0.0), origin(6, 0.0),
-      previousDisplacement(6, 0.0), previousVelocity(6, 0.0), force(6, 0.0), internalForce(6, 0.0),
-      externalForce(6, 0.0), positiveForce(6, 0.0), contactForce(6, 0.0), previousInternalForce(6, 0.0),
-      previousExternalForce(6, 0.0), inertia(3, 3, 0.0), inverseInertia(3, 3, 0.0) {}
+    : position(6, state.position), displacement(6, state.displacement), velocity(6, state.velocity),
+      acceleration(6, state.acceleration), origin(6, state.origin),
+      previousDisplacement(6, state.previousDisplacement), previousVelocity(6, state.previousVelocity),
+      force(6, state.force), internalForce(6, state.internalForce), externalForce(6, state.externalForce),
+      positiveForce(6, state.positiveForce), contactForce(6, state.contactForce),
+      previousInternalForce(6, state.previousInternalForce),
+      previousExternalForce(6, state.previousExternalForce), inertia(3, 3, state.inertia),
+      inverseInertia(3, 3, state.inverseInertia) {}
+
+Node::Node(const Node& other) : Node() {
+    *this = other;
+}
+
+Node& Node::operator=(const Node& other) {
+    number = other.number;
+    mass = other.mass;
+    rayleighDamping = other.rayleighDamping;
+    averageStep = other.averageStep;
+    previousStep = other.previousStep;
+    internalEnergy = other.internalEnergy;
+    externalWork = other.externalWork;
+    kineticEnergy = other.kineticEnergy;
+    state = other.state;
+    constraint = other.constraint;
+    load = other.load;
+    xGiven = other.xGiven;
+    yGiven = other.yGiven;
+    zGiven = other.zGiven;
+    spareEnergy1 = other.spareEnergy1;
+    spareEnergy2 = other.spareEnergy2;
+    leftNode = other.leftNode;
+    rightNode = other.rightNode;
+    contactLines = other.contactLines;
+    return *this;
+}
 
 void Node::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Constraint>>& constraints,
                        const std::vector<std::shared_ptr<Load>>& loads) {
@@ -75,51 +99,30 @@ void Node::parseOstrel() {
 
 void Node::addInertia(TNT::Array2D<double> I) {
     for (int r = 0; r < 3; ++r)
-        for (int s = 0; s < 3; ++s)
-            inertia[r][s] += I[r][s];
-}
-
-void Node::accumulate(TNT::Array1D<double>& target, int first, double a, double b, double c) {
-    const double v[3] = {a, b, c};
-    for (int i = 0; i < 3; ++i) {
-        target[first + i] += v[i];
-        force[first + i] += v[i];
-        if (v[i] > 0) positiveForce[first + i] += v[i];
-    }
+        for (int c = 0; c < 3; ++c)
+            state.inertia[3 * r + c] += I[r][c];
 }
 
 void Node::addInternalForce(const TNT::Array1D<double>& f) {
-    accumulate(internalForce, 0, f[0], f[1], f[2]);
+    accumulate(state.internalForce, 0, f[0], f[1], f[2]);
 }
 void Node::addExternalForce(const TNT::Array1D<double>& f) {
-    accumulate(externalForce, 0, f[0], f[1], f[2]);
+    accumulate(state.externalForce, 0, f[0], f[1], f[2]);
 }
 void Node::addContactForce(const TNT::Array1D<double>& f) {
-    accumulate(contactForce, 0, f[0], f[1], f[2]);
+    accumulate(state.contactForce, 0, f[0], f[1], f[2]);
 }
 void Node::addInternalMoment(const TNT::Array1D<double>& m) {
-    accumulate(internalForce, 3, m[0], m[1], m[2]);
-}
-void Node::addInternalForce(double fx, double fy, double fz) {
-    accumulate(internalForce, 0, fx, fy, fz);
-}
-void Node::addExternalForce(double fx, double fy, double fz) {
-    accumulate(externalForce, 0, fx, fy, fz);
-}
-void Node::addContactForce(double fx, double fy, double fz) {
-    accumulate(contactForce, 0, fx, fy, fz);
-}
-void Node::addInternalMoment(double mx, double my, double mz) {
-    accumulate(internalForce, 3, mx, my, mz);
+    accumulate(state.internalForce, 3, m[0], m[1], m[2]);
 }
 
 void Node::clearNodalForces() {
     for (int i = 0; i < 6; ++i) {
-        internalForce[i] = 0.0;
-        externalForce[i] = 0.0;
-        contactForce[i] = 0.0;
-        positiveForce[i] = 0.0;
-        force[i] = 0.0;
+        state.internalForce[i] = 0.0;
+        state.externalForce[i] = 0.0;
+        state.contactForce[i] = 0.0;
+        state.positiveForce[i] = 0.0;
+        state.force[i] = 0.0;
     }
 }
 
@@ -130,71 +133,78 @@ bool Node::contactLineCheck(std::shared_ptr<Node>& other) {
 }
 
 void Node::setInitialConditions() {
+    State& s = state;
     for (int k = 3; k < 6; ++k)
-        origin[k] = 0.0;
-    zero(displacement);
-    for (int k = 0; k < 6; ++k)
-        position[k] = origin[k] + displacement[k];
+        s.origin[k] = 0.0;
+    for (int k = 0; k < 6; ++k) {
+        s.displacement[k] = 0.0;
+        s.position[k] = s.origin[k] + s.displacement[k];
+    }
     if (!constraint) {
-        zero(velocity);
-        zero(acceleration);
+        for (int k = 0; k < 6; ++k)
+            s.velocity[k] = s.acceleration[k] = 0.0;
     } else {
         constraint->applyVelocityConditions(this, 0.0);
         constraint->applyAccelerationConditions(this, 0.0);
     }
-    previousDisplacement.inject(displacement);
+    for (int k = 0; k < 6; ++k)
+        s.previousDisplacement[k] = s.displacement[k];
     internalEnergy = externalWork = kineticEnergy = spareEnergy1 = spareEnergy2 = 0.0;
     if (mass == 0.0) mass = 1e-15;
     previousStep = 0.0;
 }
 
 void Node::determineMassMatrix() {
-    if (inertia[0][0] == 0.0 && inertia[1][1] == 0.0 && inertia[2][2] == 0.0) {
-        inertia[0][0] = 1e-15;
-        inertia[1][1] = 1e-15;
-        inertia[2][2] = 1e-15;
+    double* J = state.inertia;
+    if (J[0] == 0.0 && J[4] == 0.0 && J[8] == 0.0) {
+        J[0] = 1e-15;
+        J[4] = 1e-15;
+        J[8] = 1e-15;
     }
-    inverseInertia = TNT::invert(inertia);
-    if (inverseInertia.dim1() != 3)
+    const TNT::Array2D<double> inverse = TNT::invert(inertia);
+    if (inverse.dim1() != 3)
         throw std::runtime_error("Rotational inertia of node " + std::to_string(number) + " is singular");
+    inverseInertia.inject(inverse);
 }
 
 void Node::computeNewPosition(double dt, double t) {
-    previousDisplacement.inject(displacement);
-    previousExternalForce.inject(externalForce);
-    previousInternalForce.inject(internalForce);
+    State& s = state;
+    for (int i = 0; i < 6; ++i) {
+        s.previousDisplacement[i] = s.displacement[i];
+        s.previousExternalForce[i] = s.externalForce[i];
+        s.previousInternalForce[i] = s.internalForce[i];
+    }
 
     if (load) {
         const TNT::Array1D<double> l = load->getLoad(t);
-        if (l.dim1() == force.dim1())
+        if (l.dim1() == 6)
             for (int i = 0; i < 6; ++i)
-                force[i] += l[i];
+                s.force[i] += l[i];
     }
 
     const double m = mass, c = rayleighDamping;
     for (int i = 0; i < 3; ++i)
-        acceleration[i] = force[i] / m - previousVelocity[i] * c;
+        s.acceleration[i] = s.force[i] / m - s.previousVelocity[i] * c;
 
     // Euler's equations for the rotations: J dw/dt = M - w x (J w)
-    const double w0 = velocity[3], w1 = velocity[4], w2 = velocity[5];
-    const double h0 = inertia[0][0] * w0 + inertia[0][1] * w1 + inertia[0][2] * w2;
-    const double h1 = inertia[1][0] * w0 + inertia[1][1] * w1 + inertia[1][2] * w2;
-    const double h2 = inertia[2][0] * w0 + inertia[2][1] * w1 + inertia[2][2] * w2;
-    const double M0 = force[3] - (w1 * h2 - w2 * h1);
-    const double M1 = force[4] - (w2 * h0 - w0 * h2);
-    const double M2 = force[5] - (w0 * h1 - w1 * h0);
-    if (inverseInertia.dim1() == 3 && inverseInertia.dim2() == 3) {
-        const TNT::Array2D<double>& K = inverseInertia;
-        acceleration[3] = K[0][0] * M0 + K[0][1] * M1 + K[0][2] * M2;
-        acceleration[4] = K[1][0] * M0 + K[1][1] * M1 + K[1][2] * M2;
-        acceleration[5] = K[2][0] * M0 + K[2][1] * M1 + K[2][2] * M2;
-    }
+    const double* J = s.inertia;
+    const double* K = s.inverseInertia;
+    const double w0 = s.velocity[3], w1 = s.velocity[4], w2 = s.velocity[5];
+    const double h0 = J[0] * w0 + J[1] * w1 + J[2] * w2;
+    const double h1 = J[3] * w0 + J[4] * w1 + J[5] * w2;
+    const double h2 = J[6] * w0 + J[7] * w1 + J[8] * w2;
+    const double M0 = s.force[3] - (w1 * h2 - w2 * h1);
+    const double M1 = s.force[4] - (w2 * h0 - w0 * h2);
+    const double M2 = s.force[5] - (w0 * h1 - w1 * h0);
+    s.acceleration[3] = K[0] * M0 + K[1] * M1 + K[2] * M2;
+    s.acceleration[4] = K[3] * M0 + K[4] * M1 + K[5] * M2;
+    s.acceleration[5] = K[6] * M0 + K[7] * M1 + K[8] * M2;
 
     if (load) {
         const TNT::Array1D<double> a = load->getAcc(t);
-        if (a.dim1() == acceleration.dim1())
+        if (a.dim1() == 6)
             for (int i = 0; i < 6; ++i)
-                acceleration[i] += a[i];
+                s.acceleration[i] += a[i];
     }
     if (constraint) constraint->applyAccelerationConditions(this, t);
 
@@ -204,21 +214,20 @@ void Node::computeNewPosition(double dt, double t) {
 
     double vn[3];
     for (int i = 0; i < 3; ++i)
-        vn[i] = previousVelocity[i] + 0.5 * dt * acceleration[i];
-    for (int i = 0; i < 6; ++i)
-        velocity[i] += averageStep * acceleration[i];
-    previousVelocity.inject(velocity);
+        vn[i] = s.previousVelocity[i] + 0.5 * dt * s.acceleration[i];
     for (int i = 0; i < 6; ++i) {
-        displacement[i] += dt * velocity[i];
-        position[i] = origin[i] + displacement[i];
+        s.velocity[i] += averageStep * s.acceleration[i];
+        s.previousVelocity[i] = s.velocity[i];
+        s.displacement[i] += dt * s.velocity[i];
+        s.position[i] = s.origin[i] + s.displacement[i];
     }
     if (constraint) constraint->applyVelocityConditions(this, t);
 
     const double half = 0.5 * dt;
     double work = 0.0, internal = 0.0;
     for (int i = 0; i < 6; ++i) {
-        work += (previousExternalForce[i] + externalForce[i]) * velocity[i];
-        internal += (previousInternalForce[i] + internalForce[i]) * velocity[i];
+        work += (s.previousExternalForce[i] + s.externalForce[i]) * s.velocity[i];
+        internal += (s.previousInternalForce[i] + s.internalForce[i]) * s.velocity[i];
     }
     externalWork += half * work;
     internalEnergy -= half * internal;

@@ -4,6 +4,9 @@
 //   a = F/m - c v(n-1/2)              (translations, mass-proportional damping)
 //   a = J^-1 (M - w x (J w))          (rotations, Euler's equations)
 //   v(n+1/2) = v(n-1/2) + (dt_prev + dt)/2 a,  u(n+1) = u(n) + dt v(n+1/2)
+// The state vectors live in one block inside the node, in the order the loop
+// touches them; the TNT arrays are views of that block (no storage of their
+// own).
 #pragma once
 
 #include "Token.h"
@@ -21,6 +24,9 @@ class ContactLine;
 class Node {
 public:
     Node();
+    // Copies the state; the copy's arrays view its own storage.
+    Node(const Node& other);
+    Node& operator=(const Node& other);
 
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Constraint>>& constraints,
                      const std::vector<std::shared_ptr<Load>>& loads);
@@ -39,10 +45,12 @@ public:
     void addContactForce(const TNT::Array1D<double>& f);
     void addInternalMoment(const TNT::Array1D<double>& m);
     // Same as the array versions, without building an array.
-    void addInternalForce(double fx, double fy, double fz);
-    void addExternalForce(double fx, double fy, double fz);
-    void addContactForce(double fx, double fy, double fz);
-    void addInternalMoment(double mx, double my, double mz);
+    void addInternalForce(double fx, double fy, double fz) { accumulate(state.internalForce, 0, fx, fy, fz); }
+    void addExternalForce(double fx, double fy, double fz) { accumulate(state.externalForce, 0, fx, fy, fz); }
+    void addContactForce(double fx, double fy, double fz) { accumulate(state.contactForce, 0, fx, fy, fz); }
+    void addInternalMoment(double mx, double my, double mz) {
+        accumulate(state.internalForce, 3, mx, my, mz);
+    }
     void clearNodalForces();
 
     void setLeftNode(std::shared_ptr<Node>& n) { leftNode = n; }
@@ -80,51 +88,51 @@ public:
     double getMass() const { return mass; }
     double getRayleighDamping() const { return rayleighDamping; }
 
-    double getX_pos() const { return position[0]; }
-    double getY_pos() const { return position[1]; }
-    double getZ_pos() const { return position[2]; }
-    void setX_pos(double v) { position[0] = v; }
-    void setY_pos(double v) { position[1] = v; }
-    void setZ_pos(double v) { position[2] = v; }
-    double getX_rot() const { return position[3]; }
-    double getY_rot() const { return position[4]; }
-    double getZ_rot() const { return position[5]; }
-    void setX_rot(double v) { position[3] = v; }
-    void setY_rot(double v) { position[4] = v; }
-    void setZ_rot(double v) { position[5] = v; }
+    double getX_pos() const { return state.position[0]; }
+    double getY_pos() const { return state.position[1]; }
+    double getZ_pos() const { return state.position[2]; }
+    void setX_pos(double v) { state.position[0] = v; }
+    void setY_pos(double v) { state.position[1] = v; }
+    void setZ_pos(double v) { state.position[2] = v; }
+    double getX_rot() const { return state.position[3]; }
+    double getY_rot() const { return state.position[4]; }
+    double getZ_rot() const { return state.position[5]; }
+    void setX_rot(double v) { state.position[3] = v; }
+    void setY_rot(double v) { state.position[4] = v; }
+    void setZ_rot(double v) { state.position[5] = v; }
 
-    double getX_vel() const { return velocity[0]; }
-    double getY_vel() const { return velocity[1]; }
-    double getZ_vel() const { return velocity[2]; }
-    void setX_vel(double v) { velocity[0] = v; }
-    void setY_vel(double v) { velocity[1] = v; }
-    void setZ_vel(double v) { velocity[2] = v; }
-    double getX_rot_vel() const { return velocity[3]; }
-    double getY_rot_vel() const { return velocity[4]; }
-    double getZ_rot_vel() const { return velocity[5]; }
-    void setX_rot_vel(double v) { velocity[3] = v; }
-    void setY_rot_vel(double v) { velocity[4] = v; }
-    void setZ_rot_vel(double v) { velocity[5] = v; }
+    double getX_vel() const { return state.velocity[0]; }
+    double getY_vel() const { return state.velocity[1]; }
+    double getZ_vel() const { return state.velocity[2]; }
+    void setX_vel(double v) { state.velocity[0] = v; }
+    void setY_vel(double v) { state.velocity[1] = v; }
+    void setZ_vel(double v) { state.velocity[2] = v; }
+    double getX_rot_vel() const { return state.velocity[3]; }
+    double getY_rot_vel() const { return state.velocity[4]; }
+    double getZ_rot_vel() const { return state.velocity[5]; }
+    void setX_rot_vel(double v) { state.velocity[3] = v; }
+    void setY_rot_vel(double v) { state.velocity[4] = v; }
+    void setZ_rot_vel(double v) { state.velocity[5] = v; }
 
-    double getX_acc() const { return acceleration[0]; }
-    double getY_acc() const { return acceleration[1]; }
-    double getZ_acc() const { return acceleration[2]; }
-    void setX_acc(double v) { acceleration[0] = v; }
-    void setY_acc(double v) { acceleration[1] = v; }
-    void setZ_acc(double v) { acceleration[2] = v; }
-    double getX_rot_acc() const { return acceleration[3]; }
-    double getY_rot_acc() const { return acceleration[4]; }
-    double getZ_rot_acc() const { return acceleration[5]; }
-    void setX_rot_acc(double v) { acceleration[3] = v; }
-    void setY_rot_acc(double v) { acceleration[4] = v; }
-    void setZ_rot_acc(double v) { acceleration[5] = v; }
+    double getX_acc() const { return state.acceleration[0]; }
+    double getY_acc() const { return state.acceleration[1]; }
+    double getZ_acc() const { return state.acceleration[2]; }
+    void setX_acc(double v) { state.acceleration[0] = v; }
+    void setY_acc(double v) { state.acceleration[1] = v; }
+    void setZ_acc(double v) { state.acceleration[2] = v; }
+    double getX_rot_acc() const { return state.acceleration[3]; }
+    double getY_rot_acc() const { return state.acceleration[4]; }
+    double getZ_rot_acc() const { return state.acceleration[5]; }
+    void setX_rot_acc(double v) { state.acceleration[3] = v; }
+    void setY_rot_acc(double v) { state.acceleration[4] = v; }
+    void setZ_rot_acc(double v) { state.acceleration[5] = v; }
 
-    double getXForce() const { return force[0]; }
-    double getYForce() const { return force[1]; }
-    double getZForce() const { return force[2]; }
-    double getXContactForce() const { return contactForce[0]; }
-    double getYContactForce() const { return contactForce[1]; }
-    double getZContactForce() const { return contactForce[2]; }
+    double getXForce() const { return state.force[0]; }
+    double getYForce() const { return state.force[1]; }
+    double getZForce() const { return state.force[2]; }
+    double getXContactForce() const { return state.contactForce[0]; }
+    double getYContactForce() const { return state.contactForce[1]; }
+    double getZContactForce() const { return state.contactForce[2]; }
 
     double getInternalEnergy() const { return internalEnergy; }
     double getKineticEnergy() const { return kineticEnergy; }
@@ -148,18 +156,53 @@ public:
 
 private:
     void setOrigin(int k, double v) {
-        origin[k] = v;
-        position[k] = v + displacement[k];
+        state.origin[k] = v;
+        state.position[k] = v + state.displacement[k];
     }
     static TNT::Array1D<double> view(TNT::Array1D<double>& v, int first) {
         if (v.dim1() < first + 3) return TNT::Array1D<double>();
         return v.subarray(first, first + 2);
     }
-    void accumulate(TNT::Array1D<double>& target, int first, double a, double b, double c);
+    void accumulate(double* target, int first, double a, double b, double c) {
+        const double v[3] = {a, b, c};
+        for (int i = 0; i < 3; ++i) {
+            target[first + i] += v[i];
+            state.force[first + i] += v[i];
+            if (v[i] > 0) state.positiveForce[first + i] += v[i];
+        }
+    }
+
+    // Six components each (x, y, z, rx, ry, rz), except the 3x3 inertias
+    // stored row by row. The element pass reads positions and adds forces, so
+    // those come first and share the first cache lines.
+    struct State {
+        double position[6];
+        double force[6];
+        double internalForce[6];
+        double positiveForce[6];
+        double externalForce[6];
+        double contactForce[6];
+        double velocity[6];
+        double acceleration[6];
+        double displacement[6];
+        double origin[6];
+        double previousVelocity[6];
+        double previousDisplacement[6];
+        double previousInternalForce[6];
+        double previousExternalForce[6];
+        double inertia[9];
+        double inverseInertia[9];
+    };
 
     int number = 0;
     double mass = 0.0;
     double rayleighDamping = 0.0;
+    double averageStep = 0.0;
+    double previousStep = 0.0;
+    double internalEnergy = 0.0;
+    double externalWork = 0.0;
+    double kineticEnergy = 0.0;
+    State state{};
     std::shared_ptr<Constraint> constraint;
     std::shared_ptr<Load> load;
     TNT::Array1D<double> position;
@@ -179,13 +222,8 @@ private:
     TNT::Array2D<double> inertia;
     TNT::Array2D<double> inverseInertia;
     bool xGiven = false, yGiven = false, zGiven = false;
-    double internalEnergy = 0.0;
-    double externalWork = 0.0;
-    double kineticEnergy = 0.0;
     double spareEnergy1 = 0.0;
     double spareEnergy2 = 0.0;
-    double averageStep = 0.0;
-    double previousStep = 0.0;
     std::shared_ptr<Node> leftNode;
     std::shared_ptr<Node> rightNode;
     std::vector<ContactLine*> contactLines;
