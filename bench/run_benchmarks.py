@@ -10,9 +10,9 @@ the general generator cannot make them), run by build/bench/drapex_bench,
 which builds the model as the program does and then times increments of the
 loop with no output written. Columns:
 
-  us/el-step   wall time of one increment divided by the number of elements
-               (nodes, neighbour chain and contact included)
-  us/step      wall time of one increment
+  us/el-step   processor time of one increment divided by the number of
+               elements (nodes, neighbour chain and contact included)
+  us/step      processor time of one increment
   allocs/inc   heap allocations per increment (counting operator new)
   KB/el peak   most heap held at once, from reading the deck to the end of
                the timed increments, per element

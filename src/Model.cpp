@@ -375,30 +375,10 @@ bool Model::sortNeighbourPass() {
             Node* left = n->leftNeighbour();
             Node* right = n->rightNeighbour();
             if (left && left->getX_pos() > n->getX_pos()) {
-                // ... L2 <-> L <-> n <-> R ...  becomes  ... L2 <-> n <-> L <-> R ...
-                std::shared_ptr<Node> self = left->getRightNode();
-                std::shared_ptr<Node> leftShared = n->getLeftNode();
-                std::shared_ptr<Node> farLeft = left->getLeftNode();
-                std::shared_ptr<Node> rightShared = n->getRightNode();
-                if (farLeft) farLeft->setRightNode(self);
-                n->setLeftNode(farLeft);
-                n->setRightNode(leftShared);
-                left->setLeftNode(self);
-                left->setRightNode(rightShared);
-                if (rightShared) rightShared->setLeftNode(leftShared);
+                n->swapWithLeftNeighbour();
                 swapped = true;
             } else if (right && n->getX_pos() > right->getX_pos()) {
-                // ... L <-> n <-> R <-> R2 ...  becomes  ... L <-> R <-> n <-> R2 ...
-                std::shared_ptr<Node> self = right->getLeftNode();
-                std::shared_ptr<Node> rightShared = n->getRightNode();
-                std::shared_ptr<Node> farRight = right->getRightNode();
-                std::shared_ptr<Node> leftShared = n->getLeftNode();
-                if (farRight) farRight->setLeftNode(self);
-                n->setRightNode(farRight);
-                n->setLeftNode(rightShared);
-                right->setRightNode(self);
-                right->setLeftNode(leftShared);
-                if (leftShared) leftShared->setRightNode(rightShared);
+                n->swapWithRightNeighbour();
                 swapped = true;
             } else {
                 break;

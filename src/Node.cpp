@@ -126,6 +126,53 @@ void Node::clearNodalForces() {
     }
 }
 
+void Node::swapWithLeftNeighbour() {
+    Node* left = leftNode.get();
+    Node* farLeft = left->leftNode.get();
+    Node* right = rightNode.get();
+    if (farLeft && right) {
+        // Inside the chain every link is handed on, none made or dropped.
+        farLeft->rightNode.swap(left->rightNode);
+        left->rightNode.swap(rightNode);
+        leftNode.swap(left->leftNode);
+        left->leftNode.swap(right->leftNode);
+        return;
+    }
+    std::shared_ptr<Node> self = left->rightNode;
+    std::shared_ptr<Node> leftShared = leftNode;
+    std::shared_ptr<Node> farLeftShared = left->leftNode;
+    std::shared_ptr<Node> rightShared = rightNode;
+    if (farLeft) farLeft->rightNode = self;
+    leftNode = farLeftShared;
+    rightNode = leftShared;
+    left->leftNode = self;
+    left->rightNode = rightShared;
+    if (right) right->leftNode = leftShared;
+}
+
+void Node::swapWithRightNeighbour() {
+    Node* right = rightNode.get();
+    Node* farRight = right->rightNode.get();
+    Node* left = leftNode.get();
+    if (farRight && left) {
+        farRight->leftNode.swap(right->leftNode);
+        right->leftNode.swap(leftNode);
+        rightNode.swap(right->rightNode);
+        right->rightNode.swap(left->rightNode);
+        return;
+    }
+    std::shared_ptr<Node> self = right->leftNode;
+    std::shared_ptr<Node> rightShared = rightNode;
+    std::shared_ptr<Node> farRightShared = right->rightNode;
+    std::shared_ptr<Node> leftShared = leftNode;
+    if (farRight) farRight->leftNode = self;
+    rightNode = farRightShared;
+    leftNode = rightShared;
+    right->rightNode = self;
+    right->leftNode = leftShared;
+    if (left) left->rightNode = rightShared;
+}
+
 bool Node::contactLineCheck(std::shared_ptr<Node>& other) {
     for (ContactLine* line : contactLines)
         if (line->getNode(0) == other || line->getNode(1) == other) return true;

@@ -61,6 +61,11 @@ public:
     // reference-count traffic on the hot path).
     Node* leftNeighbour() const { return leftNode.get(); }
     Node* rightNeighbour() const { return rightNode.get(); }
+    // Exchange this node with its left (right) neighbour in the x-ordered
+    // chain: ... L2 <-> L <-> n <-> R ... becomes ... L2 <-> n <-> L <-> R ...
+    // The neighbour must exist.
+    void swapWithLeftNeighbour();
+    void swapWithRightNeighbour();
     // Breaks the shared neighbour links so that a chain of nodes can be freed.
     void clearNeighbours() {
         leftNode.reset();

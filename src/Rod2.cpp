@@ -14,8 +14,9 @@ const double pi = 3.14159265358979323846;
 }
 
 Rod2::Rod2()
-    : inertia(3, 3, 0.0), localBasis(3, 3, 0.0), strain(6, 0.0), stress(6, 0.0), strainIncrement(6, 0.0),
-      localForce(3, 0.0) {
+    : inertia(3, 3, storage.inertia), localBasis(3, 3, storage.localBasis), strain(6, storage.strain),
+      stress(6, storage.stress), strainIncrement(6, storage.strainIncrement),
+      localForce(3, storage.localForce) {
     numberOfNodes = 2;
     vtkCellType = "3";
 }
@@ -45,6 +46,8 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
             nodes.clear();
             for (const Token* t : {&first, &second})
                 nodes.push_back(findNode(*t, nodeMap));
+            node1 = nodes[0].get();
+            node2 = nodes[1].get();
             nodesSet = true;
             i += 3;
         } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
@@ -100,8 +103,8 @@ std::vector<Token> Rod2::contactLineTokens() const {
 }
 
 double Rod2::elementLength() const {
-    const Node& a = *nodes.at(0);
-    const Node& b = *nodes.at(1);
+    const Node& a = node1 ? *node1 : *nodes.at(0);
+    const Node& b = node2 ? *node2 : *nodes.at(1);
     const double dx = b.getX_pos() - a.getX_pos();
     const double dy = b.getY_pos() - a.getY_pos();
     const double dz = b.getZ_pos() - a.getZ_pos();
@@ -115,6 +118,8 @@ void Rod2::assembleMassMatrix() {
     if (A0 <= 0.0)
         throw std::invalid_argument("Error in rod element " + std::to_string(number) +
                                     ", Cross section area is zero or negative");
+    node1 = nodes.at(0).get();
+    node2 = nodes.at(1).get();
     initialLength = elementLength();
     if (!material)
         throw std::invalid_argument("Error in rod element " + std::to_string(number) +
@@ -129,8 +134,8 @@ void Rod2::assembleMassMatrix() {
     if (!std::isfinite(m) || !std::isfinite(I))
         throw std::invalid_argument("Error in rod element " + std::to_string(number) +
                                     ". Element mass or inertia is not a finite number");
-    Node& n1 = *nodes.at(0);
-    Node& n2 = *nodes.at(1);
+    Node& n1 = *node1;
+    Node& n2 = *node2;
     n1.addMass(m * 0.5);
     n2.addMass(m * 0.5);
     const double alpha = material->getAlpha();
@@ -160,8 +165,8 @@ double Rod2::checkTimestep(double dt) {
 }
 
 void Rod2::updateLocalCoordinateSystem() {
-    const Node& a = *nodes.at(0);
-    const Node& b = *nodes.at(1);
+    const Node& a = node1 ? *node1 : *nodes.at(0);
+    const Node& b = node2 ? *node2 : *nodes.at(1);
     const double dx = b.getX_pos() - a.getX_pos();
     const double dy = b.getY_pos() - a.getY_pos();
     const double dz = b.getZ_pos() - a.getZ_pos();
@@ -174,25 +179,29 @@ void Rod2::updateLocalCoordinateSystem() {
 void Rod2::computeStrain(double /*dt*/, int /*ip*/) {
     length = elementLength();
     const double eps = std::log((length - initialLength) / initialLength + 1.0);
-    strainIncrement[0] = eps - strain[0];
+    storage.strainIncrement[0] = eps - storage.strain[0];
     area = initialArea * initialLength / length;
 }
 
 void Rod2::computeStress(double /*dt*/, int /*ip*/) {
-    material->computeStress1D(strain[0], strainIncrement[0], stress[0]);
+    material->computeStress1D(storage.strain[0], storage.strainIncrement[0], storage.stress[0]);
 }
 
 void Rod2::computeInternalForces(double /*dt*/, int /*ip*/) {
-    localForce[0] = stress[0] * area;
-    localForce[1] = 0.0;
-    localForce[2] = 0.0;
+    double* local = storage.localForce;
+    local[0] = storage.stress[0] * area;
+    local[1] = 0.0;
+    local[2] = 0.0;
     // f = basis^T localForce = N e1. Only the axis row carries force, which
     // keeps the force finite when the auxiliary point leaves e2, e3 undefined.
+    const double* e1 = storage.localBasis;
     double f[3];
     for (int j = 0; j < 3; ++j)
-        f[j] = localBasis[0][j] * localForce[0];
-    nodes[0]->addInternalForce(f[0], f[1], f[2]);
-    nodes[1]->addInternalForce(-f[0], -f[1], -f[2]);
+        f[j] = e1[j] * local[0];
+    Node& a = node1 ? *node1 : *nodes.at(0);
+    Node& b = node2 ? *node2 : *nodes.at(1);
+    a.addInternalForce(f[0], f[1], f[2]);
+    b.addInternalForce(-f[0], -f[1], -f[2]);
 }
 
 void Rod2::computeExternalForces(double time) {

@@ -10,6 +10,8 @@
 //   Step:   the critical step is L / c with c = sqrt(E/rho).
 // With CONTACT EDGE the rod creates a contact line along its axis with the
 // radius D/2.
+// The element's arrays are views of storage inside the element, so that one
+// rod's per-step data sits together in memory.
 #pragma once
 
 #include "Element.h"
@@ -19,6 +21,8 @@ class ContactLine;
 class Rod2 : public Element {
 public:
     Rod2();
+    Rod2(const Rod2&) = delete;
+    Rod2& operator=(const Rod2&) = delete;
 
     // Diagnostic hook: prints the object's address.
     void parseOstrel() override;
@@ -61,6 +65,19 @@ public:
     const TNT::Array1D<double>& getStress() const { return stress; }
 
 private:
+    struct Storage {
+        double localBasis[9];
+        double strain[6];
+        double stress[6];
+        double strainIncrement[6];
+        double localForce[3];
+        double inertia[9];
+    };
+    Storage storage{};
+    // The two nodes, borrowed from `nodes` once they are known.
+    Node* node1 = nullptr;
+    Node* node2 = nullptr;
+
     double diameter = 0.0;
     double initialArea = 0.0;
     double area = 0.0;
