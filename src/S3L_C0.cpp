@@ -6,6 +6,7 @@
 #include "Material.h"
 #include "Node.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <sstream>
@@ -30,14 +31,15 @@ double dot3(const double* a, double x, double y, double z) {
 } // namespace
 
 S3L_C0::S3L_C0()
-    : area(0.0), thickness(0.0), inertia(3, 3, 0.0), localBasis(3, 3, 0.0), contactType(300),
-      contactFactor(0.0), friction(0.0), contactFactorSet(false), frictionSet(false), nodesSet(false),
-      materialSet(false), numberOfIntegrationPoints(3), integrationPointPositions(0),
+    : area(0.0), thickness(0.0), inertia(3, 3, storage.inertia), localBasis(3, 3, storage.localBasis),
+      contactType(300), contactFactor(0.0), friction(0.0), contactFactorSet(false), frictionSet(false),
+      nodesSet(false), materialSet(false), numberOfIntegrationPoints(3), integrationPointPositions(0),
       integrationPointWeights(0), deformationGradient(2, 2, 0.0), localX2(0.0), localX3(0.0), localY3(0.0),
-      membraneMatrix(3, 6, 0.0), bendingMatrix(3, 6, 0.0),
-      shearMatrix(2, 6, 0.0), membraneStrainRate{0, 0, 0}, curvatureRate{0, 0, 0}, shearStrainRate{0, 0},
-      localVelocity{0, 0, 0, 0, 0, 0, 0, 0, 0}, localRotationRate{0, 0, 0, 0, 0, 0, 0, 0, 0},
-      deformationRotationRate{0, 0, 0, 0, 0, 0}, ratesCurrent(false) {
+      membraneMatrix(3, 6, storage.membraneMatrix), bendingMatrix(3, 6, storage.bendingMatrix),
+      shearMatrix(2, 6, storage.shearMatrix), membraneStrainRate{0, 0, 0}, curvatureRate{0, 0, 0},
+      shearStrainRate{0, 0}, localVelocity{0, 0, 0, 0, 0, 0, 0, 0, 0},
+      localRotationRate{0, 0, 0, 0, 0, 0, 0, 0, 0}, deformationRotationRate{0, 0, 0, 0, 0, 0},
+      ratesCurrent(false) {
     numberOfNodes = 3;
     vtkCellType = "5";
 }
@@ -71,6 +73,8 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
                     throw std::invalid_argument("Not enough nodes inputs for Element S3L_C0");
                 nodes.push_back(findNode(value, nodeMap));
             }
+            for (int k = 0; k < 3; ++k)
+                nodePointers[k] = nodes[k].get();
             nodesSet = true;
             i += 4;
         } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
@@ -170,9 +174,9 @@ void S3L_C0::createContactObjects(const std::vector<std::shared_ptr<Node>>& allN
 }
 
 void S3L_C0::updateLocalCoordinateSystem() {
-    const Node& a = *nodes.at(0);
-    const Node& b = *nodes.at(1);
-    const Node& c = *nodes.at(2);
+    const Node& a = node(0);
+    const Node& b = node(1);
+    const Node& c = node(2);
     calculateLocalBasis(a.getX_pos(), a.getY_pos(), a.getZ_pos(), b.getX_pos(), b.getY_pos(), b.getZ_pos(),
                         c.getX_pos(), c.getY_pos(), c.getZ_pos(), localBasis);
     ratesCurrent = false;
@@ -185,9 +189,10 @@ void S3L_C0::updateLocalCoordinateSystem() {
 }
 
 void S3L_C0::computeLocalVariables() {
-    const Node* n[3] = {nodes.at(0).get(), nodes.at(1).get(), nodes.at(2).get()};
-    const double* e1 = localBasis[0];
-    const double* e2 = localBasis[1];
+    const Node* n[3] = {&node(0), &node(1), &node(2)};
+    const double* basis = storage.localBasis;
+    const double* e1 = basis;
+    const double* e2 = basis + 3;
 
     const double x0 = n[0]->getX_pos(), y0 = n[0]->getY_pos(), z0 = n[0]->getZ_pos();
     const double d2x = n[1]->getX_pos() - x0, d2y = n[1]->getY_pos() - y0, d2z = n[1]->getZ_pos() - z0;
@@ -202,8 +207,8 @@ void S3L_C0::computeLocalVariables() {
         const double vx = node.getX_vel(), vy = node.getY_vel(), vz = node.getZ_vel();
         const double rx = node.getX_rot_vel(), ry = node.getY_rot_vel(), rz = node.getZ_rot_vel();
         for (int k = 0; k < 3; ++k) {
-            localVelocity[3 * a + k] = dot3(localBasis[k], vx, vy, vz);
-            localRotationRate[3 * a + k] = dot3(localBasis[k], rx, ry, rz);
+            localVelocity[3 * a + k] = dot3(basis + 3 * k, vx, vy, vz);
+            localRotationRate[3 * a + k] = dot3(basis + 3 * k, rx, ry, rz);
         }
     }
 }
@@ -211,26 +216,26 @@ void S3L_C0::computeLocalVariables() {
 void S3L_C0::buildMatrices() {
     const double x2 = localX2, x3 = localX3, y3 = localY3;
     const double m = 1.0 / (2.0 * area);
-    double* bm0 = membraneMatrix[0];
-    double* bm1 = membraneMatrix[1];
-    double* bm2 = membraneMatrix[2];
+    double* bm0 = storage.membraneMatrix;
+    double* bm1 = bm0 + 6;
+    double* bm2 = bm0 + 12;
     bm0[0] = -y3 * m, bm0[1] = 0.0, bm0[2] = y3 * m, bm0[3] = 0.0, bm0[4] = 0.0, bm0[5] = 0.0;
     bm1[0] = 0.0, bm1[1] = (x3 - x2) * m, bm1[2] = 0.0, bm1[3] = -x3 * m, bm1[4] = 0.0, bm1[5] = x2 * m;
     bm2[0] = (x3 - x2) * m, bm2[1] = -y3 * m, bm2[2] = -x3 * m, bm2[3] = y3 * m, bm2[4] = x2 * m,
     bm2[5] = 0.0;
 
     const double b = -m;
-    double* bb0 = bendingMatrix[0];
-    double* bb1 = bendingMatrix[1];
-    double* bb2 = bendingMatrix[2];
+    double* bb0 = storage.bendingMatrix;
+    double* bb1 = bb0 + 6;
+    double* bb2 = bb0 + 12;
     bb0[0] = 0.0, bb0[1] = -y3 * b, bb0[2] = 0.0, bb0[3] = y3 * b, bb0[4] = 0.0, bb0[5] = 0.0;
     bb1[0] = (x2 - x3) * b, bb1[1] = 0.0, bb1[2] = x3 * b, bb1[3] = 0.0, bb1[4] = -x2 * b, bb1[5] = 0.0;
     bb2[0] = y3 * b, bb2[1] = (x3 - x2) * b, bb2[2] = -y3 * b, bb2[3] = -x3 * b, bb2[4] = 0.0,
     bb2[5] = x2 * b;
 
     const double s = 1.0 / (12.0 * area);
-    double* bs0 = shearMatrix[0];
-    double* bs1 = shearMatrix[1];
+    double* bs0 = storage.shearMatrix;
+    double* bs1 = bs0 + 6;
     bs0[0] = -y3 * y3 * s;
     bs0[1] = (2.0 * x2 + x3) * y3 * s;
     bs0[2] = y3 * y3 * s;
@@ -270,8 +275,8 @@ void S3L_C0::computeRates(double dt) {
                           localVelocity[4], localVelocity[6], localVelocity[7]};
     const double* th = deformationRotationRate;
     for (int r = 0; r < 3; ++r) {
-        const double* bm = membraneMatrix[r];
-        const double* bb = bendingMatrix[r];
+        const double* bm = storage.membraneMatrix + 6 * r;
+        const double* bb = storage.bendingMatrix + 6 * r;
         double e = 0.0, k = 0.0;
         for (int j = 0; j < 6; ++j) {
             e += bm[j] * uv[j];
@@ -281,7 +286,7 @@ void S3L_C0::computeRates(double dt) {
         curvatureRate[r] = k;
     }
     for (int r = 0; r < 2; ++r) {
-        const double* bs = shearMatrix[r];
+        const double* bs = storage.shearMatrix + 6 * r;
         double g = 0.0;
         for (int j = 0; j < 6; ++j)
             g += bs[j] * th[j];
@@ -294,9 +299,12 @@ void S3L_C0::computeStrain(double dt, int ip) {
     // The rates are the same at every point: computed at the first point of the
     // step (or whenever the basis has moved since).
     if (ip == 0 || !ratesCurrent) computeRates(dt);
-    TNT::Array1D<double>& de = strains.at(ip);
-    TNT::Array1D<double>& total = accumulatedStrains.at(ip);
-    const double z = integrationPointPositions[ip];
+    const int n = static_cast<int>(strains.size());
+    if (ip < 0 || ip >= n)
+        throw std::out_of_range("Integration point " + std::to_string(ip) + " of " + std::to_string(n));
+    double* de = pointData + 2 * n + 18 * ip;
+    double* total = de + 12;
+    const double z = pointData[ip];
     de[0] = (membraneStrainRate[0] - z * curvatureRate[0]) * dt;
     de[1] = (membraneStrainRate[1] - z * curvatureRate[1]) * dt;
     de[2] = 0.0;
@@ -308,13 +316,19 @@ void S3L_C0::computeStrain(double dt, int ip) {
 }
 
 void S3L_C0::computeStress(double, int ip) {
-    material->computeStress2D(deformationGradient, strains.at(ip), stresses.at(ip), localBasis);
+    if (ip >= 0 && ip < inlinePoints && ip < static_cast<int>(strains.size()))
+        material->computeStress2D(deformationGradient, strainViews[ip], stressViews[ip], localBasis);
+    else
+        material->computeStress2D(deformationGradient, strains.at(ip), stresses.at(ip), localBasis);
 }
 
 void S3L_C0::computeInternalForces(double, int ip) {
-    const TNT::Array1D<double>& s = stresses.at(ip);
-    const double z = integrationPointPositions[ip];
-    const double k = area * 0.5 * thickness * integrationPointWeights[ip];
+    const int n = static_cast<int>(stresses.size());
+    if (ip < 0 || ip >= n)
+        throw std::out_of_range("Integration point " + std::to_string(ip) + " of " + std::to_string(n));
+    const double* s = pointData + 2 * n + 18 * ip + 6;
+    const double z = pointData[ip];
+    const double k = area * 0.5 * thickness * pointData[n + ip];
     const double N[3] = {k * s[0], k * s[1], k * s[3]};
     const double M[3] = {z * N[0], z * N[1], z * N[2]};
     // Each transverse shear stress works on its own strain row (s13 on gxz =
@@ -324,9 +338,9 @@ void S3L_C0::computeInternalForces(double, int ip) {
 
     // Resisting forces and moments in local axes: f = Bm^T N, m = Bs^T Q - Bb^T M.
     double f[6], m[6];
-    const double *bm0 = membraneMatrix[0], *bm1 = membraneMatrix[1], *bm2 = membraneMatrix[2];
-    const double *bb0 = bendingMatrix[0], *bb1 = bendingMatrix[1], *bb2 = bendingMatrix[2];
-    const double *bs0 = shearMatrix[0], *bs1 = shearMatrix[1];
+    const double *bm0 = storage.membraneMatrix, *bm1 = bm0 + 6, *bm2 = bm0 + 12;
+    const double *bb0 = storage.bendingMatrix, *bb1 = bb0 + 6, *bb2 = bb0 + 12;
+    const double *bs0 = storage.shearMatrix, *bs1 = bs0 + 6;
     for (int j = 0; j < 6; ++j) {
         f[j] = bm0[j] * N[0] + bm1[j] * N[1] + bm2[j] * N[2];
         m[j] = bs0[j] * Q[0] + bs1[j] * Q[1] - (bb0[j] * M[0] + bb1[j] * M[1] + bb2[j] * M[2]);
@@ -338,27 +352,27 @@ void S3L_C0::computeInternalForces(double, int ip) {
     fz[1] = ((m[1] + m[3] + m[5]) - fz[2] * localX3) / localX2;
     fz[0] = -(fz[1] + fz[2]);
 
-    const double* e1 = localBasis[0];
-    const double* e2 = localBasis[1];
-    const double* e3 = localBasis[2];
+    const double* e1 = storage.localBasis;
+    const double* e2 = e1 + 3;
+    const double* e3 = e1 + 6;
     for (int a = 0; a < 3; ++a) {
         const double fx = f[2 * a], fy = f[2 * a + 1], fn = fz[a];
         const double mx = m[2 * a], my = m[2 * a + 1];
-        Node& node = *nodes[a];
-        node.addInternalForce(-(fx * e1[0] + fy * e2[0] + fn * e3[0]),
-                              -(fx * e1[1] + fy * e2[1] + fn * e3[1]),
-                              -(fx * e1[2] + fy * e2[2] + fn * e3[2]));
-        node.addInternalMoment(-(mx * e1[0] + my * e2[0]), -(mx * e1[1] + my * e2[1]),
-                               -(mx * e1[2] + my * e2[2]));
+        Node& target = node(a);
+        target.addInternalForce(-(fx * e1[0] + fy * e2[0] + fn * e3[0]),
+                                -(fx * e1[1] + fy * e2[1] + fn * e3[1]),
+                                -(fx * e1[2] + fy * e2[2] + fn * e3[2]));
+        target.addInternalMoment(-(mx * e1[0] + my * e2[0]), -(mx * e1[1] + my * e2[1]),
+                                 -(mx * e1[2] + my * e2[2]));
     }
 }
 
 void S3L_C0::computeExternalForces(double time) {
     if (!load) return;
     const double share = load->getPressure(time) * area / 3.0;
-    const double* e3 = localBasis[2];
+    const double* e3 = storage.localBasis + 6;
     for (int a = 0; a < 3; ++a)
-        nodes.at(a)->addExternalForce(share * e3[0], share * e3[1], share * e3[2]);
+        node(a).addExternalForce(share * e3[0], share * e3[1], share * e3[2]);
 }
 
 void S3L_C0::computeContactForces() {
@@ -399,8 +413,16 @@ void S3L_C0::assembleMassMatrix() {
 
 void S3L_C0::setUpIntegration() {
     const int n = numberOfIntegrationPoints > 0 ? numberOfIntegrationPoints : 0;
-    integrationPointPositions = TNT::Array1D<double>(n, 0.0);
-    integrationPointWeights = TNT::Array1D<double>(n, 0.0);
+    if (n <= inlinePoints) {
+        pointHeap.clear();
+        pointData = storage.points;
+    } else {
+        pointHeap.assign(static_cast<std::size_t>(n) * 20, 0.0);
+        pointData = pointHeap.data();
+    }
+    std::fill(pointData, pointData + 20 * n, 0.0);
+    integrationPointPositions = TNT::Array1D<double>(n, pointData);
+    integrationPointWeights = TNT::Array1D<double>(n, pointData + n);
     const double h = 0.5 * thickness;
     auto fill = [&](std::initializer_list<double> xi, std::initializer_list<double> w) {
         int i = 0;
@@ -437,9 +459,14 @@ void S3L_C0::setUpIntegration() {
     stresses.clear();
     accumulatedStrains.clear();
     for (int i = 0; i < n; ++i) {
-        strains.emplace_back(6, 0.0);
-        stresses.emplace_back(6, 0.0);
-        accumulatedStrains.emplace_back(6, 0.0);
+        double* point = pointData + 2 * n + 18 * i;
+        strains.emplace_back(6, point);
+        stresses.emplace_back(6, point + 6);
+        accumulatedStrains.emplace_back(6, point + 12);
+        if (i < inlinePoints) {
+            strainViews[i] = strains.back();
+            stressViews[i] = stresses.back();
+        }
     }
 }
 
@@ -467,9 +494,9 @@ void S3L_C0::setInitialConditions() {
 }
 
 double S3L_C0::checkTimestep(double dt) {
-    const Node& a = *nodes.at(0);
-    const Node& b = *nodes.at(1);
-    const Node& c = *nodes.at(2);
+    const Node& a = node(0);
+    const Node& b = node(1);
+    const Node& c = node(2);
     auto dist2 = [](const Node& p, const Node& q) {
         const double dx = q.getX_pos() - p.getX_pos(), dy = q.getY_pos() - p.getY_pos(),
                      dz = q.getZ_pos() - p.getZ_pos();

@@ -23,6 +23,10 @@
 //
 // Mass: m = rho A (rho taken per unit area) lumped in thirds, rotational inertia
 // (m/3)(t^2/12 + A/12) about each axis. Stable step 0.1 (2A/Lmax)/c.
+//
+// The element's matrices and, for up to five points, the per-point vectors
+// are views of storage inside the element, so that one element's per-step
+// data sits together in memory.
 #pragma once
 
 #include "Element.h"
@@ -38,6 +42,8 @@ class ContactTriangle;
 class S3L_C0 : public Element {
 public:
     S3L_C0();
+    S3L_C0(const S3L_C0&) = delete;
+    S3L_C0& operator=(const S3L_C0&) = delete;
 
     void parseOstrel() override {}
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
@@ -92,6 +98,28 @@ private:
     void buildMatrices();
     void computeRates(double dt);
     std::string errorPrefix() const;
+    // The three nodes, borrowed from `nodes` once they are known.
+    Node& node(int a) { return nodePointers[a] ? *nodePointers[a] : *nodes.at(a); }
+
+    // Points whose vectors live inside the element; more use the heap.
+    static constexpr int inlinePoints = 5;
+    struct Storage {
+        double inertia[9];
+        double localBasis[9];
+        double membraneMatrix[18];
+        double bendingMatrix[18];
+        double shearMatrix[12];
+        // z and w of every point, then per point the strain increment, the
+        // stress and the accumulated strain (six components each).
+        double points[inlinePoints * 20];
+    };
+    Storage storage{};
+    std::vector<double> pointHeap;
+    double* pointData = storage.points;
+    Node* nodePointers[3] = {nullptr, nullptr, nullptr};
+    // Aliases of the first entries of `strains` and `stresses`.
+    TNT::Array1D<double> strainViews[inlinePoints];
+    TNT::Array1D<double> stressViews[inlinePoints];
 
     double area;
     double thickness;
