@@ -1,15 +1,18 @@
 #include "Elastic.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
-Elastic::Elastic() : planeStressReady(false), D(6, 6, 0.0) {
+Elastic::Elastic() : planeStressReady(false), planeStressStorage{}, D(6, 6, planeStressStorage) {
     type = "ELASTIC";
     alpha = 0.0;
 }
 
 Elastic::Elastic(const Elastic& other)
-    : Material(other), planeStressReady(other.planeStressReady), D(other.D.copy()) {}
+    : Material(other), planeStressReady(other.planeStressReady), D(6, 6, planeStressStorage) {
+    std::copy(other.planeStressStorage, other.planeStressStorage + 36, planeStressStorage);
+}
 
 void Elastic::parseOstrel(std::vector<Token> tokens) {
     for (std::size_t i = 0; i < tokens.size(); i += 2) {
@@ -55,29 +58,29 @@ void Elastic::computeStress1D(double& strain, double& strainIncrement, double& s
 }
 
 void Elastic::setPlaneStressModulus() {
-    for (int i = 0; i < 6; ++i)
-        for (int j = 0; j < 6; ++j)
-            D[i][j] = 0.0;
+    double* d = planeStressStorage;
+    std::fill(d, d + 36, 0.0);
     const double k = youngsModulus / (1.0 - nu * nu);
-    D[0][0] = k;
-    D[1][1] = k;
-    D[0][1] = nu * k;
-    D[1][0] = nu * k;
-    D[3][3] = (1.0 - nu) * k * 0.5;
-    D[4][4] = 0.8333333333333334 * D[3][3];
-    D[5][5] = 0.8333333333333334 * D[3][3];
+    d[0] = k;                           // D00
+    d[7] = k;                           // D11
+    d[1] = nu * k;                      // D01
+    d[6] = nu * k;                      // D10
+    d[21] = (1.0 - nu) * k * 0.5;       // D33
+    d[28] = 0.8333333333333334 * d[21]; // D44
+    d[35] = 0.8333333333333334 * d[21]; // D55
 }
 
 void Elastic::computeStress2D(const TNT::Array2D<double>& /*F*/, TNT::Array1D<double>& dStrain,
                               TNT::Array1D<double>& stress, const TNT::Array2D<double>& /*basis*/) {
     // Rebuilding D costs a few multiplications and always gives the same matrix.
     if (!planeStressReady) setPlaneStressModulus();
-    stress[0] += D[0][0] * dStrain[0] + D[0][1] * dStrain[1];
-    stress[1] += D[1][0] * dStrain[0] + D[1][1] * dStrain[1];
+    const double* d = planeStressStorage;
+    stress[0] += d[0] * dStrain[0] + d[1] * dStrain[1];
+    stress[1] += d[6] * dStrain[0] + d[7] * dStrain[1];
     stress[2] = 0.0;
-    stress[3] += D[3][3] * dStrain[3];
-    stress[4] += D[4][4] * dStrain[4];
-    stress[5] += D[5][5] * dStrain[5];
+    stress[3] += d[21] * dStrain[3];
+    stress[4] += d[28] * dStrain[4];
+    stress[5] += d[35] * dStrain[5];
 }
 
 std::shared_ptr<Material> Elastic::copyMat() {

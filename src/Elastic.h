@@ -30,5 +30,7 @@ public:
 
 private:
     bool planeStressReady;
+    // D is a view of this row-major block inside the material.
+    double planeStressStorage[36];
     TNT::Array2D<double> D;
 };
