@@ -263,7 +263,7 @@ void Model::checkNodeNumbering() {
             0);
 }
 
-void Model::step(double& candidateStep) {
+void Model::step(double& candidateStep, bool clearForces) {
     const double dt = timeStep;
     // A step that is negative, zero, NaN, infinite or too small to change the
     // time would never reach the end time: refuse it before it moves anything.
@@ -303,6 +303,7 @@ void Model::step(double& candidateStep) {
                 fixed(currentTime) + " with time step " + scientific(dt) +
                 ": the integration diverged (check the time step against the critical one, the loads and "
                 "the material parameters)");
+        if (clearForces) n.clearNodalForces();
     }
     checkNeighbours();
     if (contactSearch) contactSearch->update(nodes);
@@ -319,8 +320,12 @@ void Model::solve() {
     double t = 0.0;
     try {
         while (!(controlSet->getEndTime() < t) && controlSet->getEndTime() == controlSet->getEndTime()) {
-            step(candidateStep);
-            if (controlSet->timeToPrint(currentTime)) {
+            // The print decision depends on the time alone, which the step
+            // does not change; taken first, it lets a step that writes
+            // nothing clear the nodal forces during the node update.
+            const bool print = controlSet->timeToPrint(currentTime);
+            step(candidateStep, !print);
+            if (print) {
                 logger->writeList("Writing output file " + std::to_string(printCount), 0);
                 logger->writeList("Elapsed time: " + fixed(secondsSince(start)), 1);
                 logger->writeList("Current time: " + fixed(currentTime), 1);
@@ -337,7 +342,7 @@ void Model::solve() {
                     std::throw_with_nested(std::runtime_error(" --> Error during writing"));
                 }
             }
-            advanceTime();
+            advanceTime(!print);
             t = currentTime;
         }
     } catch (const std::exception&) {
@@ -345,9 +350,10 @@ void Model::solve() {
     }
 }
 
-void Model::advanceTime() {
-    for (auto& node : nodes)
-        node->clearNodalForces();
+void Model::advanceTime(bool forcesCleared) {
+    if (!forcesCleared)
+        for (auto& node : nodes)
+            node->clearNodalForces();
     // A step that cannot move the time on is refused by the next increment.
     currentTime += timeStep;
 }

@@ -49,11 +49,14 @@ public:
     double getKineticEnergy() const { return kineticEnergy; }
     bool isAutomaticTimeStep() const { return automaticTimeStep; }
     // Advances one increment of the loop (used by solve and by tests); refuses
-    // a time step that is not finite or does not move the time on.
-    void step(double& candidateStep);
-    // Closes an increment: clears the nodal forces and moves the time on by
-    // the current step.
-    void advanceTime();
+    // a time step that is not finite or does not move the time on. With
+    // clearForces each node's forces are cleared right after its update,
+    // while it is still in cache; only a step whose results are written
+    // needs them afterwards.
+    void step(double& candidateStep, bool clearForces = false);
+    // Closes an increment: clears the nodal forces (unless the step did) and
+    // moves the time on by the current step.
+    void advanceTime(bool forcesCleared = false);
     // End time of the control set (0 while there is none).
     double getEndTime() const;
 
