@@ -1,0 +1,77 @@
+// Increments of the explicit loop allocate nothing on the heap, except the
+// two arrays that Load::getLoad and Load::getAcc return (two allocations
+// each: storage and reference count) for every node that carries a load.
+#include "AllocationCounter.h"
+#include "Model.h"
+#include "TestUtil.h"
+
+#include <gtest/gtest.h>
+
+using namespace testutil;
+
+namespace {
+
+// Builds the model of a deck and returns the heap allocations per increment
+// over `count` increments, after two to settle.
+double allocationsPerIncrement(const std::string& name, const std::string& deckText, int count = 20,
+                               bool clearDuringStep = true) {
+    const fs::path dir = scratchDir(name);
+    Model model(1, writeFile(dir / (name + ".txt"), deckText).string());
+    model.initialize();
+    model.assembleMassMatrix();
+    model.setInitialConditions();
+    double candidate = 90000.0;
+    for (int i = 0; i < 2; ++i) {
+        model.step(candidate, clearDuringStep);
+        model.finishStep(clearDuringStep);
+    }
+    const auto before = allocation::snapshot().allocations;
+    for (int i = 0; i < count; ++i) {
+        model.step(candidate, clearDuringStep);
+        model.finishStep(clearDuringStep);
+    }
+    return static_cast<double>(allocation::snapshot().allocations - before) / count;
+}
+
+const char* const controls = "CONTROLS\nRUN FROM 0 TO 1\nSTEP 0\nPRINT EVERY 1\n";
+
+// Four rods in a square, one corner held, the opposite corner pulled by a
+// ramped velocity: the nodes carry constraints, no loads.
+const std::string rodSquare = std::string(controls) +
+                              "AMPLITUDES TYPE TABULAR\nRAMP VALUES 0 0 1 1\n"
+                              "CONSTRAINTS TYPE BOUNDARY_CONDITION\nHELD VX 0 VY 0 VZ 0\n"
+                              "PULL VX 1 VY 1 VZ 0 AMPLITUDE RAMP\n"
+                              "MATERIALS TYPE ELASTIC\nCORD E 2E9 NU 0.3 RHO 1200 DAMPING 1\n"
+                              "NODES\n1 X 0 Y 0 Z 0 CONSTRAINT HELD\n2 X 1 Y 0 Z 0\n"
+                              "3 X 1 Y 1 Z 0 CONSTRAINT PULL\n4 X 0 Y 1 Z 0\n"
+                              "ELEMENTS TYPE ROD_2\n1 NODES 1 2 MATERIAL CORD D 0.01\n"
+                              "2 NODES 2 3 MATERIAL CORD D 0.01\n3 NODES 3 4 MATERIAL CORD D 0.01\n"
+                              "4 NODES 4 1 MATERIAL CORD D 0.01\n";
+
+// Two shell triangles, one edge clamped, one free corner loaded.
+std::string shellPair(const std::string& loadLine, const std::string& loadedNode) {
+    return std::string(controls) + "AMPLITUDES TYPE TABULAR\nRAMP VALUES 0 0 1 1\n" + loadLine +
+           "CONSTRAINTS TYPE BOUNDARY_CONDITION\nCLAMP VX 0 VY 0 VZ 0 VRX 0 VRY 0 VRZ 0\n"
+           "MATERIALS TYPE ELASTIC\nSTEEL E 210000 NU 0.3 RHO 3E-8\n"
+           "NODES\n1 X 0 Y 0 Z 0 CONSTRAINT CLAMP\n2 X 10 Y 0 Z 0 " +
+           loadedNode + "\n3 X 10 Y 10 Z 0\n4 X 0 Y 10 Z 0 CONSTRAINT CLAMP\n" +
+           "ELEMENTS TYPE S3L_C0\n1 NODES 1 2 3 MATERIAL STEEL T 1\n2 NODES 1 3 4 MATERIAL STEEL T 1 NIP 5\n";
+}
+
+} // namespace
+
+TEST(HotPathAllocation, RodIncrementsAllocateNothing) {
+    EXPECT_EQ(allocationsPerIncrement("alloc_rods", rodSquare), 0.0);
+    // Also when the forces are cleared in a pass of their own (steps that write results).
+    EXPECT_EQ(allocationsPerIncrement("alloc_rods_late_clear", rodSquare, 20, false), 0.0);
+}
+
+TEST(HotPathAllocation, ShellIncrementsAllocateNothing) {
+    EXPECT_EQ(allocationsPerIncrement("alloc_shells", shellPair("", "")), 0.0);
+}
+
+TEST(HotPathAllocation, LoadedNodeAllocatesItsTwoLoadArrays) {
+    EXPECT_EQ(
+        allocationsPerIncrement("alloc_loaded", shellPair("LOADS\nTIP FZ -1 AMPLITUDE RAMP\n", "LOAD TIP")),
+        4.0);
+}
