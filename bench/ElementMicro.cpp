@@ -78,3 +78,48 @@ void BM_TextileStress2D(benchmark::State& state) {
 BENCHMARK(BM_TextileStress2D);
 
 } // namespace
+
+namespace {
+
+// A square plate of d x d cells, two triangles per cell, slightly stretched
+// and given a velocity field so that strains and curvatures change.
+Mesh triangleSheet(int d, const std::string& type, const std::string& materialType,
+                   const std::string& materialParams, const std::string& extra) {
+    Mesh mesh;
+    mesh.materials.push_back(micro::material(materialType, "SHEET", materialParams));
+    for (int j = 0; j <= d; ++j)
+        for (int i = 0; i <= d; ++i)
+            mesh.addNode(1.0 * i, 1.0 * j, 0.0);
+    auto node = [d](int i, int j) { return std::to_string(j * (d + 1) + i + 1); };
+    for (int j = 0; j < d; ++j)
+        for (int i = 0; i < d; ++i) {
+            mesh.addElement(type, "NODES " + node(i, j) + " " + node(i + 1, j) + " " + node(i + 1, j + 1) +
+                                      " MATERIAL SHEET T 0.5 " + extra);
+            mesh.addElement(type, "NODES " + node(i, j) + " " + node(i + 1, j + 1) + " " + node(i, j + 1) +
+                                      " MATERIAL SHEET T 0.5 " + extra);
+        }
+    mesh.start();
+    for (auto& n : mesh.nodes) {
+        n->setX_pos(n->getX_pos() * 1.01);
+        n->setZ_vel(0.01 * n->getX_pos());
+        n->setX_rot_vel(0.001);
+    }
+    return mesh;
+}
+
+void sheetPass(benchmark::State& state, Mesh mesh) {
+    double candidate = 1.0;
+    micro::PerItem perElement(state, mesh.elements.size());
+    for (auto _ : state) {
+        micro::elementPass(mesh.elements, 1e-7, candidate);
+        benchmark::DoNotOptimize(candidate);
+    }
+}
+
+void BM_S3L_C0Pass3Points(benchmark::State& state) {
+    sheetPass(state, triangleSheet(static_cast<int>(state.range(0)), "S3L_C0", "ELASTIC",
+                                   "E 2.1E5 NU 0.3 RHO 7.8E-9", "NIP 3"));
+}
+BENCHMARK(BM_S3L_C0Pass3Points)->Arg(45)->Arg(181);
+
+} // namespace

@@ -207,9 +207,9 @@ private:
     double internalEnergy = 0.0;
     double externalWork = 0.0;
     double kineticEnergy = 0.0;
-    State state{};
     std::shared_ptr<Constraint> constraint;
     std::shared_ptr<Load> load;
+    State state{};
     TNT::Array1D<double> position;
     TNT::Array1D<double> displacement;
     TNT::Array1D<double> velocity;
