@@ -59,7 +59,11 @@ void Elastic::computeStress1D(double& strain, double& strainIncrement, double& s
 
 void Elastic::setPlaneStressModulus() {
     double* d = planeStressStorage;
-    std::fill(d, d + 36, 0.0);
+    // Row by row in straight-line stores, which the compiler merges into
+    // vector stores; a fill of the whole block would become a string
+    // instruction that is slow to start for so few bytes.
+    for (double* row = d; row != d + 36; row += 6)
+        row[0] = row[1] = row[2] = row[3] = row[4] = row[5] = 0.0;
     const double k = youngsModulus / (1.0 - nu * nu);
     d[0] = k;                           // D00
     d[7] = k;                           // D11
