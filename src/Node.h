@@ -173,7 +173,9 @@ private:
         for (int i = 0; i < 3; ++i) {
             target[first + i] += v[i];
             state.force[first + i] += v[i];
-            if (v[i] > 0) state.positiveForce[first + i] += v[i];
+            // Adding 0.0 leaves the sum as it is; written without a branch,
+            // since the signs of element forces follow no pattern.
+            state.positiveForce[first + i] += v[i] > 0.0 ? v[i] : 0.0;
         }
     }
 
