@@ -211,6 +211,9 @@ private:
     double kineticEnergy = 0.0;
     std::shared_ptr<Constraint> constraint;
     std::shared_ptr<Load> load;
+    // Next to the positions: the chain repair reads both for every node.
+    std::shared_ptr<Node> leftNode;
+    std::shared_ptr<Node> rightNode;
     State state{};
     TNT::Array1D<double> position;
     TNT::Array1D<double> displacement;
@@ -231,7 +234,5 @@ private:
     bool xGiven = false, yGiven = false, zGiven = false;
     double spareEnergy1 = 0.0;
     double spareEnergy2 = 0.0;
-    std::shared_ptr<Node> leftNode;
-    std::shared_ptr<Node> rightNode;
     std::vector<ContactLine*> contactLines;
 };
