@@ -63,7 +63,7 @@ def contact_case(div):
     return ("contact", "MEMBRANE_3 / HYPERTEXTILE on CONTACT_TRIANGLE",
             [sys.executable, GENDECK, "--mesh", "rect", "--size", "100", "100", "--div", str(div), str(div),
              "--element", "MEMBRANE_3", "--material", "textile", "--thickness", "0.5", "--gravity", "-9810",
-             "--tool", "rect", "--tool-div", str(div), str(div), "--tool-offset", "0.2", "--tool-thickness",
+             "--tool", "rect", "--tool-div", str(div), str(div), "--tool-offset", "0.05", "--tool-thickness",
              "0.5", "--tool-type", "SOLID", "--end", "1.0", "-o", "{deck}"])
 
 
