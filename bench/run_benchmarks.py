@@ -113,6 +113,7 @@ def main(argv=None):
     p.add_argument("--seconds", type=float, default=None, help="timed seconds per case (default 1, full 2)")
     p.add_argument("--bench", default=os.path.join(ROOT, "build", "bench", "drapex_bench"))
     args = p.parse_args(argv)
+    args.bench = os.path.abspath(args.bench)
     if not os.path.exists(args.bench):
         sys.exit("%s not found: build with -DDRAPEX_BENCH=ON (bash tools/build.sh)" % args.bench)
     seconds = args.seconds if args.seconds is not None else (2.0 if args.full else 1.0)
