@@ -21,10 +21,10 @@ std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::
 
 // sum_k K_k 2k x^(2k-1): the derivative of sum_k K_k x^(2k). Odd powers keep
 // the sign of x, so a compressed yarn (x < 0) gives a negative tension.
-double seriesDerivative(const std::vector<double>& k, double x) {
+double seriesDerivative(const double* k, std::size_t n, double x) {
     const double x2 = x * x;
     double power = x, sum = 0.0;
-    for (std::size_t i = 0; i < k.size(); ++i) {
+    for (std::size_t i = 0; i < n; ++i) {
         sum += k[i] * double(2 * (i + 1)) * power;
         power *= x2;
     }
@@ -45,7 +45,11 @@ HyperTextile::HyperTextile(const HyperTextile& other)
       warpOrientation(other.warpOrientation.copy()), weftOrientation(other.weftOrientation.copy()),
       warpTensor(other.warpTensor.copy()), weftTensor(other.weftTensor.copy()),
       warpWeftTensor(other.warpWeftTensor.copy()), weftWarpTensor(other.weftWarpTensor.copy()), a0(other.a0),
-      a1(other.a1), b0(other.b0), b1(other.b1) {}
+      a1(other.a1), b0(other.b0), b1(other.b1), termsInline(other.termsInline) {
+    std::copy(other.warpInline, other.warpInline + inlineTerms, warpInline);
+    std::copy(other.weftInline, other.weftInline + inlineTerms, weftInline);
+    std::copy(other.shearInline, other.shearInline + inlineTerms, shearInline);
+}
 
 void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t i,
                                    TNT::Array1D<double>& out) const {
@@ -114,6 +118,13 @@ void HyperTextile::setInitialConditions(TNT::Array2D<double>& basis) {
     if (b0 == 0.0 && b1 == 0.0)
         throw std::invalid_argument("Weft direction is perpendicular to the element for material " + name);
 
+    termsInline =
+        kElongWarp.size() <= inlineTerms && kElongWeft.size() <= inlineTerms && kShear.size() <= inlineTerms;
+    if (termsInline) {
+        std::copy(kElongWarp.begin(), kElongWarp.end(), warpInline);
+        std::copy(kElongWeft.begin(), kElongWeft.end(), weftInline);
+        std::copy(kShear.begin(), kShear.end(), shearInline);
+    }
     const double a[2] = {a0, a1}, b[2] = {b0, b1};
     for (int i = 0; i < 2; ++i)
         for (int j = 0; j < 2; ++j) {
@@ -151,9 +162,11 @@ void HyperTextile::computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<d
     const double rootAB = std::sqrt(i4a * i4b);
     const double cosTheta = i8 / rootAB;
 
-    const double tA = seriesDerivative(kElongWarp, 0.5 * ln4a);
-    const double tB = seriesDerivative(kElongWeft, 0.5 * ln4b);
-    const double tS = seriesDerivative(kShear, cosTheta);
+    const double tA =
+        seriesDerivative(termsInline ? warpInline : kElongWarp.data(), kElongWarp.size(), 0.5 * ln4a);
+    const double tB =
+        seriesDerivative(termsInline ? weftInline : kElongWeft.data(), kElongWeft.size(), 0.5 * ln4b);
+    const double tS = seriesDerivative(termsInline ? shearInline : kShear.data(), kShear.size(), cosTheta);
 
     // S = tA/I4a a(x)a + tB/I4b b(x)b
     //   + tS [(a(x)b + b(x)a)/sqrt(I4a I4b) - cos/I4a a(x)a - cos/I4b b(x)b]

@@ -64,4 +64,12 @@ private:
     // In-plane yarn directions a and b, the same numbers as in the tensors,
     // kept as plain values for the stress update.
     double a0 = 0.0, a1 = 0.0, b0 = 0.0, b1 = 0.0;
+    // Copies of the coefficient lists inside the object, made by
+    // setInitialConditions when all three fit, so that the stress update
+    // reads no other memory block.
+    static constexpr std::size_t inlineTerms = 4;
+    double warpInline[inlineTerms] = {};
+    double weftInline[inlineTerms] = {};
+    double shearInline[inlineTerms] = {};
+    bool termsInline = false;
 };

@@ -1,5 +1,6 @@
 #include "Hyperelastic.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -70,6 +71,11 @@ void Hyperelastic::setInitialConditions(TNT::Array2D<double>&) {
         throw std::invalid_argument("Hyperelastic potential type is not set for material " + name);
     if (muTerms.empty() || alphaTerms.empty() || muTerms.size() != alphaTerms.size())
         throw std::invalid_argument("Not enough material parameters for material " + name);
+    termsInline = muTerms.size() <= inlineTerms;
+    if (termsInline) {
+        std::copy(muTerms.begin(), muTerms.end(), muInline);
+        std::copy(alphaTerms.begin(), alphaTerms.end(), alphaInline);
+    }
 }
 
 double Hyperelastic::wavespeed1D() {
@@ -113,13 +119,15 @@ void Hyperelastic::computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<d
     // p3 = l3^alpha = 1 / (p1 p2): S_a = sum mu (p_a - p3) / l_a^2.
     double s1 = 0.0, s2 = 0.0;
     const std::size_t terms = potentialType == 1 ? std::min(muTerms.size(), alphaTerms.size()) : 0;
+    const double* mu = termsInline ? muInline : muTerms.data();
+    const double* alphas = termsInline ? alphaInline : alphaTerms.data();
     for (std::size_t i = 0; i < terms; ++i) {
-        const double halfAlpha = 0.5 * alphaTerms[i];
+        const double halfAlpha = 0.5 * alphas[i];
         const double p1 = std::pow(d0, halfAlpha);
         const double p2 = std::pow(d1, halfAlpha);
         const double p3 = 1.0 / (p1 * p2);
-        s1 += muTerms[i] * (p1 - p3);
-        s2 += muTerms[i] * (p2 - p3);
+        s1 += mu[i] * (p1 - p3);
+        s2 += mu[i] * (p2 - p3);
     }
     s1 /= d0;
     s2 /= d1;

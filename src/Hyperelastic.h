@@ -41,4 +41,10 @@ private:
     std::vector<double> muTerms;
     std::int32_t potentialType = 0;
     bool potentialSet = false;
+    // Copies of the terms inside the object, made by setInitialConditions
+    // when they fit, so that the stress update reads no other memory block.
+    static constexpr std::size_t inlineTerms = 4;
+    double muInline[inlineTerms] = {};
+    double alphaInline[inlineTerms] = {};
+    bool termsInline = false;
 };
