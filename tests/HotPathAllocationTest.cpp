@@ -58,7 +58,36 @@ std::string shellPair(const std::string& loadLine, const std::string& loadedNode
            "ELEMENTS TYPE S3L_C0\n1 NODES 1 2 3 MATERIAL STEEL T 1\n2 NODES 1 3 4 MATERIAL STEEL T 1 NIP 5\n";
 }
 
+// Two membrane triangles of the given law, one edge clamped, the other
+// corner pulled, and a pressure on both (a pressure load allocates nothing).
+std::string membranePair(const std::string& material) {
+    return std::string(controls) + "AMPLITUDES TYPE TABULAR\nRAMP VALUES 0 0 1 1\n" +
+           "LOADS\nBLOW P 0.01 AMPLITUDE RAMP\n"
+           "CONSTRAINTS TYPE BOUNDARY_CONDITION\nCLAMP VX 0 VY 0 VZ 0\nPULL VX 1 VY 0 VZ 0.5 AMPLITUDE "
+           "RAMP\n" +
+           material +
+           "NODES\n1 X 0 Y 0 Z 0 CONSTRAINT CLAMP\n2 X 10 Y 0 Z 0 CONSTRAINT PULL\n3 X 10 Y 10 Z 0\n"
+           "4 X 0 Y 10 Z 0 CONSTRAINT CLAMP\n"
+           "ELEMENTS TYPE MEMBRANE_3\n1 NODES 1 2 3 MATERIAL SHEET T 0.5 LOAD BLOW\n"
+           "2 NODES 1 3 4 MATERIAL SHEET T 0.5 LOAD BLOW\n";
+}
+
 } // namespace
+
+TEST(HotPathAllocation, MembraneIncrementsAllocateNothing) {
+    EXPECT_EQ(
+        allocationsPerIncrement("alloc_textile",
+                                membranePair("MATERIALS TYPE HYPERTEXTILE\nSHEET RHO 1E-9 KELONGWARP 100 10 "
+                                             "KELONGWEFT 100 KSHEAR 0.1 WARPORI 1 0 0 WEFTORI 0 1 0\n")),
+        0.0);
+    EXPECT_EQ(allocationsPerIncrement("alloc_ogden",
+                                      membranePair("MATERIALS TYPE HYPERELASTIC\nSHEET RHO 1E-9 TYPE "
+                                                   "OGDEN MU 0.4 0.01 ALPHA 2 -2\n")),
+              0.0);
+    EXPECT_EQ(allocationsPerIncrement("alloc_elastic_membrane",
+                                      membranePair("MATERIALS TYPE ELASTIC\nSHEET E 1000 NU 0.3 RHO 1E-9\n")),
+              0.0);
+}
 
 TEST(HotPathAllocation, RodIncrementsAllocateNothing) {
     EXPECT_EQ(allocationsPerIncrement("alloc_rods", rodSquare), 0.0);
