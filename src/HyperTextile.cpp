@@ -34,18 +34,20 @@ double seriesDerivative(const double* k, std::size_t n, double x) {
 } // namespace
 
 HyperTextile::HyperTextile()
-    : warpOrientation(3, 0.0), weftOrientation(3, 0.0), warpTensor(2, 2, 0.0), weftTensor(2, 2, 0.0),
-      warpWeftTensor(2, 2, 0.0), weftWarpTensor(2, 2, 0.0) {
+    : warpOrientation(3, arrayStorage), weftOrientation(3, arrayStorage + 3),
+      warpTensor(2, 2, arrayStorage + 6), weftTensor(2, 2, arrayStorage + 10),
+      warpWeftTensor(2, 2, arrayStorage + 14), weftWarpTensor(2, 2, arrayStorage + 18) {
     type = "HYPERTEXTILE";
     alpha = 0.0;
 }
 
 HyperTextile::HyperTextile(const HyperTextile& other)
     : Material(other), kElongWarp(other.kElongWarp), kElongWeft(other.kElongWeft), kShear(other.kShear),
-      warpOrientation(other.warpOrientation.copy()), weftOrientation(other.weftOrientation.copy()),
-      warpTensor(other.warpTensor.copy()), weftTensor(other.weftTensor.copy()),
-      warpWeftTensor(other.warpWeftTensor.copy()), weftWarpTensor(other.weftWarpTensor.copy()), a0(other.a0),
+      warpOrientation(3, arrayStorage), weftOrientation(3, arrayStorage + 3),
+      warpTensor(2, 2, arrayStorage + 6), weftTensor(2, 2, arrayStorage + 10),
+      warpWeftTensor(2, 2, arrayStorage + 14), weftWarpTensor(2, 2, arrayStorage + 18), a0(other.a0),
       a1(other.a1), b0(other.b0), b1(other.b1), termsInline(other.termsInline) {
+    std::copy(other.arrayStorage, other.arrayStorage + 22, arrayStorage);
     std::copy(other.warpInline, other.warpInline + inlineTerms, warpInline);
     std::copy(other.weftInline, other.weftInline + inlineTerms, weftInline);
     std::copy(other.shearInline, other.shearInline + inlineTerms, shearInline);

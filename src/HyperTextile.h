@@ -20,6 +20,7 @@ class HyperTextile : public Material {
 public:
     HyperTextile();
     HyperTextile(const HyperTextile& other);
+    HyperTextile& operator=(const HyperTextile&) = delete;
     ~HyperTextile() override = default;
 
     void parseOstrel(std::vector<Token> tokens) override;
@@ -55,6 +56,9 @@ private:
     std::vector<double> kElongWarp;
     std::vector<double> kElongWeft;
     std::vector<double> kShear;
+    // The orientations and yarn tensors are views of this block: warp and
+    // weft directions (3 + 3), then the four 2x2 tensors row by row.
+    double arrayStorage[22] = {};
     TNT::Array1D<double> warpOrientation;
     TNT::Array1D<double> weftOrientation;
     TNT::Array2D<double> warpTensor;
