@@ -30,6 +30,17 @@ double seconds(std::chrono::steady_clock::duration d) {
     return std::chrono::duration<double>(d).count();
 }
 
+// The messages of a nested exception chain, outermost first.
+std::string chainOf(const std::exception& e) {
+    std::string text = e.what();
+    try {
+        std::rethrow_if_nested(e);
+    } catch (const std::exception& inner) {
+        text += " / " + chainOf(inner);
+    }
+    return text;
+}
+
 // Processor time of this process: on a shared machine it counts only the
 // cycles the loop itself was given.
 double cpuSeconds() {
@@ -113,12 +124,7 @@ int main(int argc, char** argv) {
             static_cast<long long>(after.peakBytes - base.liveBytes), usage.ru_maxrss, setupSeconds,
             model.getTimeStep(), wallPerIncrement);
     } catch (const std::exception& e) {
-        std::cerr << "drapex_bench: " << e.what() << "\n";
-        try {
-            std::rethrow_if_nested(e);
-        } catch (const std::exception& inner) {
-            std::cerr << "  " << inner.what() << "\n";
-        }
+        std::cerr << "drapex_bench: " << chainOf(e) << "\n";
         return 1;
     }
     return 0;
