@@ -143,6 +143,8 @@ double HyperTextile::wavespeed1D() {
 
 // Only the leading tension coefficients size the step.
 double HyperTextile::wavespeed2D() {
+    if (termsInline && !kElongWarp.empty() && !kElongWeft.empty())
+        return std::sqrt(std::max(warpInline[0], weftInline[0]) / density);
     return std::sqrt(std::max(kElongWarp.at(0), kElongWeft.at(0)) / density);
 }
 

@@ -58,6 +58,8 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
                     throw std::invalid_argument("Node " + std::to_string(numbers[k]) + " is not found");
                 nodes.push_back(found->second);
             }
+            for (int k = 0; k < 3; ++k)
+                nodePointers[k] = nodes[k].get();
             nodesSet = true;
             i += 4;
         } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
@@ -153,9 +155,9 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
 }
 
 void Membrane3::computeJacobian() {
-    const Node& p1 = *nodes.at(0);
-    const Node& p2 = *nodes.at(1);
-    const Node& p3 = *nodes.at(2);
+    const Node& p1 = node(0);
+    const Node& p2 = node(1);
+    const Node& p3 = node(2);
     const double x1 = p1.getX_pos(), y1 = p1.getY_pos(), z1 = p1.getZ_pos();
     const double ax = p2.getX_pos() - x1, ay = p2.getY_pos() - y1, az = p2.getZ_pos() - z1;
     const double bx = p3.getX_pos() - x1, by = p3.getY_pos() - y1, bz = p3.getZ_pos() - z1;
@@ -184,9 +186,9 @@ void Membrane3::computeJacobian() {
 }
 
 void Membrane3::updateLocalCoordinateSystem() {
-    const Node& p1 = *nodes.at(0);
-    const Node& p2 = *nodes.at(1);
-    const Node& p3 = *nodes.at(2);
+    const Node& p1 = node(0);
+    const Node& p2 = node(1);
+    const Node& p3 = node(2);
     calculateLocalBasis(p1.getX_pos(), p1.getY_pos(), p1.getZ_pos(), p2.getX_pos(), p2.getY_pos(),
                         p2.getZ_pos(), p3.getX_pos(), p3.getY_pos(), p3.getZ_pos(), localBasis);
     if (contactType == 301 || contactType == 302) contactTriangle->updateLocalCoordinateSystem();
@@ -267,9 +269,9 @@ void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
         f[3 * a + 1] = -(fx * u[1] + fy * v[1]);
         f[3 * a + 2] = -(fx * u[2] + fy * v[2]);
     }
-    nodes[0]->addInternalForce(f[0], f[1], f[2]);
-    nodes[1]->addInternalForce(f[3], f[4], f[5]);
-    nodes[2]->addInternalForce(f[6], f[7], f[8]);
+    node(0).addInternalForce(f[0], f[1], f[2]);
+    node(1).addInternalForce(f[3], f[4], f[5]);
+    node(2).addInternalForce(f[6], f[7], f[8]);
 }
 
 void Membrane3::computeExternalForces(double time) {
@@ -277,7 +279,7 @@ void Membrane3::computeExternalForces(double time) {
     const double f = load->getPressure(time) * area / 3.0;
     const double fx = f * e3[0], fy = f * e3[1], fz = f * e3[2];
     for (int a = 0; a < 3; ++a)
-        nodes[a]->addExternalForce(fx, fy, fz);
+        node(a).addExternalForce(fx, fy, fz);
 }
 
 void Membrane3::computeContactForces() {
@@ -341,9 +343,9 @@ void Membrane3::setInitialConditions() {
 }
 
 double Membrane3::checkTimestep(double dt) {
-    const Node& p1 = *nodes.at(0);
-    const Node& p2 = *nodes.at(1);
-    const Node& p3 = *nodes.at(2);
+    const Node& p1 = node(0);
+    const Node& p2 = node(1);
+    const Node& p3 = node(2);
     auto squared = [](const Node& a, const Node& b) {
         const double dx = b.getX_pos() - a.getX_pos(), dy = b.getY_pos() - a.getY_pos(),
                      dz = b.getZ_pos() - a.getZ_pos();

@@ -76,6 +76,9 @@ public:
     const std::shared_ptr<ContactLine>& getContactLine(int i) const;
 
 private:
+    // The three nodes, borrowed from `nodes` once they are known.
+    Node& node(int a) const { return nodePointers[a] ? *nodePointers[a] : *nodes.at(a); }
+    Node* nodePointers[3] = {nullptr, nullptr, nullptr};
     double area = 0.0;
     double thickness = 0.0;
     double initialThickness = 0.0;
