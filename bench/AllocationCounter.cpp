@@ -1,41 +1,39 @@
 #include "AllocationCounter.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <malloc.h>
 #include <new>
 
 namespace {
-std::atomic<std::uint64_t> allocations{0};
-std::atomic<std::int64_t> liveBytes{0};
-std::atomic<std::int64_t> peakBytes{0};
+// Plain counters: the solver is single-threaded, and atomic updates would
+// make every allocation of the measured code noticeably dearer than it is
+// in the program itself.
+std::uint64_t allocations = 0;
+std::int64_t liveBytes = 0;
+std::int64_t peakBytes = 0;
 
 void* allocate(std::size_t size) {
     void* p = std::malloc(size ? size : 1);
     if (!p) throw std::bad_alloc();
-    allocations.fetch_add(1, std::memory_order_relaxed);
-    const auto live =
-        liveBytes.fetch_add(static_cast<std::int64_t>(malloc_usable_size(p)), std::memory_order_relaxed) +
-        static_cast<std::int64_t>(malloc_usable_size(p));
-    auto peak = peakBytes.load(std::memory_order_relaxed);
-    while (live > peak && !peakBytes.compare_exchange_weak(peak, live, std::memory_order_relaxed)) {
-    }
+    ++allocations;
+    liveBytes += static_cast<std::int64_t>(malloc_usable_size(p));
+    if (liveBytes > peakBytes) peakBytes = liveBytes;
     return p;
 }
 
 void release(void* p) noexcept {
     if (!p) return;
-    liveBytes.fetch_sub(static_cast<std::int64_t>(malloc_usable_size(p)), std::memory_order_relaxed);
+    liveBytes -= static_cast<std::int64_t>(malloc_usable_size(p));
     std::free(p);
 }
 } // namespace
 
 namespace allocation {
 Snapshot snapshot() {
-    return {allocations.load(), liveBytes.load(), peakBytes.load()};
+    return {allocations, liveBytes, peakBytes};
 }
 void resetPeak() {
-    peakBytes.store(liveBytes.load());
+    peakBytes = liveBytes;
 }
 } // namespace allocation
 

@@ -1,4 +1,4 @@
-// Counts the heap allocations of the whole process: every global operator new
+// Counts the heap allocations of the process (single-threaded): every global operator new
 // is replaced (see AllocationCounter.cpp) and bumps these counters; the live
 // and peak byte counts use the allocator's usable block sizes.
 #pragma once
