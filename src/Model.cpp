@@ -382,8 +382,11 @@ void Model::checkNeighbours() {
 
 bool Model::sortNeighbourPass() {
     bool swapped = false;
-    for (auto& current : nodes) {
-        Node* n = current.get();
+    const std::size_t count = nodes.size();
+    constexpr std::size_t ahead = 8;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i + ahead < count) nodes[i + ahead]->prefetchForChain();
+        Node* n = nodes[i].get();
         while (true) {
             Node* left = n->leftNeighbour();
             Node* right = n->rightNeighbour();

@@ -74,6 +74,13 @@ public:
         for (const char* p = first; p < last; p += 64)
             __builtin_prefetch(p, 1);
     }
+    // The same for the neighbour links and the position (chain repair).
+    void prefetchForChain() const {
+        const char* first = reinterpret_cast<const char*>(&leftNode);
+        const char* last = reinterpret_cast<const char*>(&state.force);
+        for (const char* p = first; p < last; p += 64)
+            __builtin_prefetch(p, 1);
+    }
     // Breaks the shared neighbour links so that a chain of nodes can be freed.
     void clearNeighbours() {
         leftNode.reset();
