@@ -26,7 +26,8 @@ constexpr double edge_tolerance_ = 1e-12;
 constexpr double reversal_angle_ = 1.5708;
 } // namespace
 
-ContactTriangle::ContactTriangle() : origin(3, 0.0), localForce(3, 0.0), localBasis(3, 3, 0.0) {
+ContactTriangle::ContactTriangle()
+    : origin(3, originStorage), localForce(3, localForceStorage), localBasis(3, 3, basisStorage) {
     numberOfNodes = 3;
     vtkCellType = "5";
 }
@@ -51,6 +52,8 @@ void ContactTriangle::parseOstrel(std::vector<Token> tokens, const std::vector<s
                 found.push_back(findNode(tokens[k], nodeMap));
             }
             nodes = found;
+            for (int k = 0; k < 3; ++k)
+                nodePointers[k] = nodes[k].get();
             nodesSet = true;
             i += 4;
         } else if (key.isAWord() && word == "T" && numberFollows) {
@@ -100,9 +103,9 @@ void ContactTriangle::setContactSearch(std::shared_ptr<ContactSearch> index) {
 }
 
 void ContactTriangle::updateLocalCoordinateSystem() {
-    const Node& n1 = *nodes[0];
-    const Node& n2 = *nodes[1];
-    const Node& n3 = *nodes[2];
+    const Node& n1 = node(0);
+    const Node& n2 = node(1);
+    const Node& n3 = node(2);
     calculateLocalBasis(n1.getX_pos(), n1.getY_pos(), n1.getZ_pos(), n2.getX_pos(), n2.getY_pos(),
                         n2.getZ_pos(), n3.getX_pos(), n3.getY_pos(), n3.getZ_pos(), localBasis);
     const Node* n[3] = {&n1, &n2, &n3};
@@ -110,7 +113,7 @@ void ContactTriangle::updateLocalCoordinateSystem() {
     for (int a = 0; a < 3; ++a) {
         const double x = n[a]->getX_pos(), y = n[a]->getY_pos(), z = n[a]->getZ_pos();
         for (int r = 0; r < 3; ++r)
-            xi[a][r] = localBasis[r][0] * x + localBasis[r][1] * y + localBasis[r][2] * z;
+            xi[a][r] = basisStorage[3 * r] * x + basisStorage[3 * r + 1] * y + basisStorage[3 * r + 2] * z;
     }
     for (int r = 0; r < 3; ++r)
         origin[r] = xi[0][r];
@@ -131,9 +134,9 @@ void ContactTriangle::updateLocalCoordinateSystem() {
 }
 
 void ContactTriangle::setBoundingBox() {
-    double yMin = nodes[0]->getY_pos(), yMax = yMin, zMin = nodes[0]->getZ_pos(), zMax = zMin;
+    double yMin = node(0).getY_pos(), yMax = yMin, zMin = node(0).getZ_pos(), zMax = zMin;
     for (int a = 1; a < 3; ++a) {
-        const double y = nodes[a]->getY_pos(), z = nodes[a]->getZ_pos();
+        const double y = node(a).getY_pos(), z = node(a).getZ_pos();
         if (y < yMin) yMin = y;
         if (y > yMax) yMax = y;
         if (z < zMin) zMin = z;
@@ -147,11 +150,12 @@ void ContactTriangle::setBoundingBox() {
 
 bool ContactTriangle::checkContact(const Node* node, double x, double y, double z) {
     if (y < boundingBox[1] || y > boundingBox[0] || z < boundingBox[3] || z > boundingBox[2]) return false;
-    if (node == nodes[0].get() || node == nodes[1].get() || node == nodes[2].get()) return false;
+    if (node == &this->node(0) || node == &this->node(1) || node == &this->node(2)) return false;
 
     double p[3];
     for (int r = 0; r < 3; ++r)
-        p[r] = localBasis[r][0] * x + localBasis[r][1] * y + localBasis[r][2] * z - origin[r];
+        p[r] = basisStorage[3 * r] * x + basisStorage[3 * r + 1] * y + basisStorage[3 * r + 2] * z -
+               originStorage[r];
     const double* c = shapeCoefficients;
     areaCoordinates[0] = c[0] + c[1] * p[0] + c[2] * p[1];
     areaCoordinates[1] = c[3] * p[0] + c[4] * p[1];
@@ -232,14 +236,14 @@ void ContactTriangle::applyContact(Node* node) {
     if (frictionSet) addFriction(node);
     double global[3];
     for (int j = 0; j < 3; ++j)
-        global[j] = localBasis[0][j] * localForce[0] + localBasis[1][j] * localForce[1] +
-                    localBasis[2][j] * localForce[2];
+        global[j] = basisStorage[j] * localForce[0] + basisStorage[3 + j] * localForce[1] +
+                    basisStorage[6 + j] * localForce[2];
     for (int j = 0; j < 3; ++j)
         localForce[j] = global[j];
     node->addContactForce(-global[0], -global[1], -global[2]);
     for (int a = 0; a < 3; ++a) {
         const double N = areaCoordinates[a];
-        nodes[a]->addContactForce(N * global[0], N * global[1], N * global[2]);
+        this->node(a).addContactForce(N * global[0], N * global[1], N * global[2]);
     }
 }
 

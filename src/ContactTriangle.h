@@ -28,6 +28,8 @@ public:
     };
 
     ContactTriangle();
+    ContactTriangle(const ContactTriangle&) = delete;
+    ContactTriangle& operator=(const ContactTriangle&) = delete;
 
     void parseOstrel() override {}
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
@@ -87,6 +89,15 @@ private:
     void addFriction(const Node* node);
     void applyContact(Node* node);
 
+    // The three nodes, borrowed from `nodes` once they are known.
+    Node& node(int a) const { return nodePointers[a] ? *nodePointers[a] : *nodes.at(a); }
+    Node* nodePointers[3] = {nullptr, nullptr, nullptr};
+    // Storage of the basis (row by row), origin and local force arrays, which
+    // are views of it, so that the search reads the triangle from one block.
+    double basisStorage[9] = {};
+    double originStorage[3] = {};
+    double localForceStorage[3] = {};
+
     double thickness = 1.0;
     double factor = 10.0;
     double friction = 0.0;
@@ -109,10 +120,10 @@ private:
 
 template <class Visitor> void ContactTriangle::visitCandidates(Visitor&& visit) {
     // Smallest and largest x among the nodes, the first in node order on a tie.
-    Node* low = nodes[0].get();
-    Node* high = nodes[0].get();
+    Node* low = &node(0);
+    Node* high = low;
     for (int i = 1; i < 3; ++i) {
-        Node* n = nodes[i].get();
+        Node* n = &node(i);
         if (n->getX_pos() < low->getX_pos()) low = n;
         if (n->getX_pos() > high->getX_pos()) high = n;
     }
