@@ -375,9 +375,36 @@ void Model::checkNeighbours() {
     // right neighbour, and the pass does not come back to them. Passes are
     // repeated until one makes no swap; each swap removes one inversion and
     // equal x never swap, so the chain ends sorted and stable.
-    bool swapped = true;
-    while (swapped)
-        swapped = sortNeighbourPass();
+    //
+    // Adjacent swaps of strictly inverted pairs keep equal x in their order,
+    // so the sorted chain they end in is the stable sort of the chain as it
+    // was; an insertion sort that walks the chain once from its left end
+    // reaches the same chain. The walk follows the links, and the chain
+    // follows the node vector closely (the vector was sorted by x at the
+    // start), so the nodes ahead in the vector are loaded while it walks.
+    if (nodes.empty()) return;
+    Node* n = nodes.front().get();
+    while (Node* left = n->leftNeighbour())
+        n = left;
+    const std::size_t count = nodes.size();
+    constexpr std::size_t ahead = 8;
+    std::size_t visited = 0;
+    while (n && visited < count) {
+        if (visited + ahead < count) nodes[visited + ahead]->prefetchForChain();
+        Node* next = n->rightNeighbour();
+        for (Node* left = n->leftNeighbour(); left && left->getX_pos() > n->getX_pos();
+             left = n->leftNeighbour())
+            n->swapWithLeftNeighbour();
+        ++visited;
+        n = next;
+    }
+    // Nodes outside that one chain (links set up by hand): pass over the
+    // node vector until nothing moves.
+    if (visited != count || n) {
+        bool swapped = true;
+        while (swapped)
+            swapped = sortNeighbourPass();
+    }
 }
 
 bool Model::sortNeighbourPass() {

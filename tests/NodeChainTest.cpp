@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 using namespace testutil;
@@ -97,4 +98,23 @@ TEST(NodeChain, EqualXNeverSwap) {
     moveTo(*model, {{1, 2.0}, {2, 2.0}, {3, 2.0}, {4, 2.0}});
     model->checkNeighbours();
     EXPECT_EQ(walk(*model), (std::vector<int>{1, 2, 3, 4}));
+}
+
+TEST(NodeChain, ShuffledNodesWithTiesEndInTheStableOrderOfTheChain) {
+    auto model = lineOfNodes("chain_shuffled", 40);
+    const auto counts = useCounts(*model);
+    // Two rounds of moves; ties (x rounded to a few values) keep the order
+    // the chain had before each round.
+    for (int round = 0; round < 2; ++round) {
+        const std::vector<int> before = walk(*model);
+        std::map<int, double> x;
+        for (int k = 1; k <= 40; ++k)
+            x[k] = static_cast<double>((k * 7 + round * 13) % 9);
+        moveTo(*model, x);
+        std::vector<int> expected = before;
+        std::stable_sort(expected.begin(), expected.end(), [&](int a, int b) { return x.at(a) < x.at(b); });
+        model->checkNeighbours();
+        EXPECT_EQ(walk(*model), expected) << round;
+        EXPECT_EQ(useCounts(*model), counts);
+    }
 }
