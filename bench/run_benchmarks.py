@@ -5,8 +5,8 @@
     python3 bench/run_benchmarks.py --full     # 10^4 to 2x10^5 elements
     python3 bench/run_benchmarks.py --only rod # cases whose name contains "rod"
 
-Each case is a deck made by tools/gendeck.py (rods by bench/rod_deck.py while
-the general generator cannot make them), run by build/bench/drapex_bench,
+Each case is a deck made by tools/gendeck.py (shells by
+tools/cantilever_deck.py), run by build/bench/drapex_bench,
 which builds the model as the program does and then times increments of the
 loop with no output written. Columns:
 
@@ -30,15 +30,14 @@ import tempfile
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 GENDECK = os.path.join(ROOT, "tools", "gendeck.py")
 CANTILEVER = os.path.join(ROOT, "tools", "cantilever_deck.py")
-RODDECK = os.path.join(ROOT, "bench", "rod_deck.py")
 
 
 # Each command writes the deck to the path that replaces "{deck}".
 
 
-def rod_case(cells):
-    return ("rod", "ROD_2 / ELASTIC", [sys.executable, RODDECK, "--cells", str(cells), str(cells),
-                                       "--load", "pull", "-o", "{deck}"])
+def rod_case(div):
+    # A square net of rods along the grid lines of a div x div sheet.
+    return sheet_case("rod", "ROD_2 / ELASTIC", div, ["--element", "ROD_2", "--material", "elastic"])
 
 
 def sheet_case(name, label, div, extra):
@@ -68,12 +67,12 @@ def contact_case(div):
 
 
 def cases(full):
-    # Sizes: a rod net of c x c cells has 2c(c+1) rods; a sheet of d x d
-    # cells has 2d^2 triangles.
-    rod_cells = [70, 158, 316] if full else [70]
+    # Sizes: a net of c x c cells has 2c(c+1) rods; a sheet of d x d cells
+    # has 2d^2 triangles.
+    rod_div = [70, 158, 316] if full else [70]
     sheet_div = [71, 158, 316] if full else [71]
     out = []
-    for c in rod_cells:
+    for c in rod_div:
         out.append(rod_case(c))
     for d in sheet_div:
         out.append(sheet_case("membrane-textile", "MEMBRANE_3 / HYPERTEXTILE", d,
