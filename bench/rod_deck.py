@@ -12,6 +12,8 @@ carry no load of their own. The time step is automatic.
     rod_deck.py --cells 100 50 --end 0.01 -o net.txt
 
 The deck has (nx + 1)(ny + 1) nodes and nx (ny + 1) + ny (nx + 1) rods.
+tests/decks/rod_net.txt, a regression deck, was written by
+    rod_deck.py --cells 8 6 --end 0.05 --print 0.005 --trackers
 Running the script prints the deck path and the node and element counts.
 Optional trackers (--trackers) record the centre node's position, velocity,
 acceleration and force and the first rod's strain and stress.
