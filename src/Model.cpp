@@ -392,9 +392,16 @@ void Model::checkNeighbours() {
     while (n && visited < count) {
         if (visited + ahead < count) nodes[visited + ahead]->prefetchForChain();
         Node* next = n->rightNeighbour();
-        for (Node* left = n->leftNeighbour(); left && left->getX_pos() > n->getX_pos();
-             left = n->leftNeighbour())
-            n->swapWithLeftNeighbour();
+        Node* left = n->leftNeighbour();
+        if (left && left->getX_pos() > n->getX_pos()) {
+            // The node goes left past every node of larger x: find the last
+            // of them, then move it there at once.
+            const double x = n->getX_pos();
+            Node* q = left;
+            for (Node* l = q->leftNeighbour(); l && l->getX_pos() > x; l = l->leftNeighbour())
+                q = l;
+            n->moveLeftOf(q);
+        }
         ++visited;
         n = next;
     }

@@ -173,6 +173,37 @@ void Node::swapWithRightNeighbour() {
     if (left) left->rightNode = rightShared;
 }
 
+void Node::moveLeftOf(Node* q) {
+    Node* left = leftNode.get();
+    if (q == left) {
+        swapWithLeftNeighbour();
+        return;
+    }
+    Node* right = rightNode.get();
+    Node* p = q->leftNode.get();
+    if (p && right) {
+        // ... P <-> Q ... L <-> n <-> R ...  becomes  ... P <-> n <-> Q ... L <-> R ...
+        // Every link is handed on, none made or dropped.
+        left->rightNode.swap(rightNode);
+        rightNode.swap(p->rightNode);
+        right->leftNode.swap(leftNode);
+        leftNode.swap(q->leftNode);
+        return;
+    }
+    // At an end of the chain: plain copies.
+    std::shared_ptr<Node> self = left->rightNode;
+    std::shared_ptr<Node> leftShared = leftNode;
+    std::shared_ptr<Node> rightShared = rightNode;
+    std::shared_ptr<Node> qShared = p ? p->rightNode : q->rightNode->leftNode;
+    std::shared_ptr<Node> pShared = q->leftNode;
+    left->rightNode = rightShared;
+    if (right) right->leftNode = leftShared;
+    if (p) p->rightNode = self;
+    q->leftNode = self;
+    leftNode = pShared;
+    rightNode = qShared;
+}
+
 bool Node::contactLineCheck(std::shared_ptr<Node>& other) {
     for (ContactLine* line : contactLines)
         if (line->getNode(0) == other || line->getNode(1) == other) return true;

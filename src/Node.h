@@ -66,6 +66,10 @@ public:
     // The neighbour must exist.
     void swapWithLeftNeighbour();
     void swapWithRightNeighbour();
+    // Takes this node out of the chain and puts it back just left of `q`, a
+    // node to its left: the same chain as swapping with the left neighbour
+    // until `q` is passed.
+    void moveLeftOf(Node* q);
     // Asks the processor to start loading the part of the node that the
     // update reads and writes (a hint only: it changes no value).
     void prefetchForUpdate() const {
