@@ -43,10 +43,10 @@ HyperTextile::HyperTextile()
 
 HyperTextile::HyperTextile(const HyperTextile& other)
     : Material(other), kElongWarp(other.kElongWarp), kElongWeft(other.kElongWeft), kShear(other.kShear),
+      a0(other.a0), a1(other.a1), b0(other.b0), b1(other.b1), termsInline(other.termsInline),
       warpOrientation(3, arrayStorage), weftOrientation(3, arrayStorage + 3),
       warpTensor(2, 2, arrayStorage + 6), weftTensor(2, 2, arrayStorage + 10),
-      warpWeftTensor(2, 2, arrayStorage + 14), weftWarpTensor(2, 2, arrayStorage + 18), a0(other.a0),
-      a1(other.a1), b0(other.b0), b1(other.b1), termsInline(other.termsInline) {
+      warpWeftTensor(2, 2, arrayStorage + 14), weftWarpTensor(2, 2, arrayStorage + 18) {
     std::copy(other.arrayStorage, other.arrayStorage + 22, arrayStorage);
     std::copy(other.warpInline, other.warpInline + inlineTerms, warpInline);
     std::copy(other.weftInline, other.weftInline + inlineTerms, weftInline);

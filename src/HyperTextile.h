@@ -56,15 +56,7 @@ private:
     std::vector<double> kElongWarp;
     std::vector<double> kElongWeft;
     std::vector<double> kShear;
-    // The orientations and yarn tensors are views of this block: warp and
-    // weft directions (3 + 3), then the four 2x2 tensors row by row.
-    double arrayStorage[22] = {};
-    TNT::Array1D<double> warpOrientation;
-    TNT::Array1D<double> weftOrientation;
-    TNT::Array2D<double> warpTensor;
-    TNT::Array2D<double> weftTensor;
-    TNT::Array2D<double> warpWeftTensor;
-    TNT::Array2D<double> weftWarpTensor;
+    // What the stress update reads comes first, next to the base's density.
     // In-plane yarn directions a and b, the same numbers as in the tensors,
     // kept as plain values for the stress update.
     double a0 = 0.0, a1 = 0.0, b0 = 0.0, b1 = 0.0;
@@ -76,4 +68,13 @@ private:
     double weftInline[inlineTerms] = {};
     double shearInline[inlineTerms] = {};
     bool termsInline = false;
+    // The orientations and yarn tensors are views of this block: warp and
+    // weft directions (3 + 3), then the four 2x2 tensors row by row.
+    double arrayStorage[22] = {};
+    TNT::Array1D<double> warpOrientation;
+    TNT::Array1D<double> weftOrientation;
+    TNT::Array2D<double> warpTensor;
+    TNT::Array2D<double> weftTensor;
+    TNT::Array2D<double> warpWeftTensor;
+    TNT::Array2D<double> weftWarpTensor;
 };
