@@ -23,12 +23,12 @@ double allocationsPerIncrement(const std::string& name, const std::string& deckT
     double candidate = 90000.0;
     for (int i = 0; i < 2; ++i) {
         model.step(candidate, clearDuringStep);
-        model.finishStep(clearDuringStep);
+        model.advanceTime(clearDuringStep);
     }
     const auto before = allocation::snapshot().allocations;
     for (int i = 0; i < count; ++i) {
         model.step(candidate, clearDuringStep);
-        model.finishStep(clearDuringStep);
+        model.advanceTime(clearDuringStep);
     }
     return static_cast<double>(allocation::snapshot().allocations - before) / count;
 }
