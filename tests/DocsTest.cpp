@@ -16,7 +16,8 @@ using docblocks::Block;
 
 namespace {
 
-const char* const documents[] = {"README.md", "docs/deck-format.md", "docs/outputs.md"};
+const char* const documents[] = {"README.md", "docs/deck-format.md", "docs/outputs.md",
+                                 "docs/development.md"};
 
 struct DeckCase {
     std::string document;
