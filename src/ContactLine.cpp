@@ -4,6 +4,25 @@
 #include <cstdio>
 #include <stdexcept>
 
+std::shared_ptr<ContactLine>
+ContactLine::makeEdgeContact(int lineNumber, const std::string& a, const std::string& b, double radius,
+                             bool factorSet, double factor,
+                             const std::vector<std::shared_ptr<Node>>& allNodes,
+                             const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                             const std::vector<std::shared_ptr<Material>>& materials,
+                             const std::vector<std::shared_ptr<Load>>& loads) {
+    std::vector<Token> edge{Token("NODES", 0), Token(a), Token(b), Token("R", 0),
+                            Token(std::to_string(radius))};
+    if (factorSet) {
+        edge.emplace_back("FACTOR", 0);
+        edge.emplace_back(std::to_string(factor));
+    }
+    auto line = std::make_shared<ContactLine>();
+    line->setNumber(lineNumber);
+    line->parseOstrel(edge, allNodes, nodeMap, materials, loads);
+    return line;
+}
+
 namespace {
 std::string tokenText(const Token& t) {
     if (t.isAWord()) return t.getWord();

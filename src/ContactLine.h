@@ -19,6 +19,15 @@
 
 class ContactLine : public Element {
 public:
+    // An edge contact an element makes for itself: handed "NODES a b R <radius>"
+    // and, when given, "FACTOR <factor>", both values as %f text.
+    static std::shared_ptr<ContactLine>
+    makeEdgeContact(int lineNumber, const std::string& a, const std::string& b, double radius, bool factorSet,
+                    double factor, const std::vector<std::shared_ptr<Node>>& allNodes,
+                    const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                    const std::vector<std::shared_ptr<Material>>& materials,
+                    const std::vector<std::shared_ptr<Load>>& loads);
+
     ContactLine();
     ~ContactLine() override;
 

@@ -4,6 +4,29 @@
 #include <cstdio>
 #include <stdexcept>
 
+std::shared_ptr<ContactTriangle>
+ContactTriangle::makeFaceContact(const std::string& n1, const std::string& n2, const std::string& n3,
+                                 double thickness, bool factorSet, double factor, bool frictionSet,
+                                 double friction, const std::vector<std::shared_ptr<Node>>& allNodes,
+                                 const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                                 const std::vector<std::shared_ptr<Material>>& materials,
+                                 const std::vector<std::shared_ptr<Load>>& loads) {
+    std::vector<Token> face{Token("NODES", 0), Token(n1),     Token(n2),
+                            Token(n3),         Token("T", 0), Token(std::to_string(thickness))};
+    if (factorSet) {
+        face.emplace_back("FACTOR", 0);
+        face.emplace_back(factor);
+    }
+    if (frictionSet) {
+        face.emplace_back("FRICTION", 0);
+        face.emplace_back(friction);
+    }
+    auto triangle = std::make_shared<ContactTriangle>();
+    triangle->setNumber(-1);
+    triangle->parseOstrel(face, allNodes, nodeMap, materials, loads);
+    return triangle;
+}
+
 namespace {
 std::string tokenText(const Token& t) {
     if (t.isAWord()) return t.getWord();

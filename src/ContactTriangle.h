@@ -19,6 +19,17 @@
 
 class ContactTriangle : public Element {
 public:
+    // The face contact a membrane or shell makes for itself (numbered -1):
+    // handed "NODES n1 n2 n3 T <thickness as %f text>" and, when given,
+    // "FACTOR f" and "FRICTION mu", exactly as a deck line would be.
+    static std::shared_ptr<ContactTriangle>
+    makeFaceContact(const std::string& n1, const std::string& n2, const std::string& n3, double thickness,
+                    bool factorSet, double factor, bool frictionSet, double friction,
+                    const std::vector<std::shared_ptr<Node>>& allNodes,
+                    const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
+                    const std::vector<std::shared_ptr<Material>>& materials,
+                    const std::vector<std::shared_ptr<Load>>& loads);
+
     // Friction state of one node that has touched the triangle.
     struct FrictionData {
         const Node* node = nullptr;

@@ -121,33 +121,13 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
     const std::string n2 = std::to_string(nodes.at(1)->getNumber());
     const std::string n3 = std::to_string(nodes.at(2)->getNumber());
 
-    std::vector<Token> faceTokens{Token("NODES", 0), Token(n1),     Token(n2),
-                                  Token(n3),         Token("T", 0), Token(std::to_string(thickness))};
-    if (contactFactorSet) {
-        faceTokens.emplace_back("FACTOR", 0);
-        faceTokens.emplace_back(contactFactor);
-    }
-    if (frictionSet) {
-        faceTokens.emplace_back("FRICTION", 0);
-        faceTokens.emplace_back(friction);
-    }
-    contactTriangle = std::make_shared<ContactTriangle>();
-    contactTriangle->setNumber(-1);
-    contactTriangle->parseOstrel(faceTokens, allNodes, nodeMap, materials, loads);
-
+    contactTriangle =
+        ContactTriangle::makeFaceContact(n1, n2, n3, thickness, contactFactorSet, contactFactor, frictionSet,
+                                         friction, allNodes, nodeMap, materials, loads);
     if (contactType != 302) return;
-
-    const std::string radius = std::to_string(thickness * 0.5);
     auto makeLine = [&](int lineNumber, const std::string& a, const std::string& b) {
-        std::vector<Token> lineTokens{Token("NODES", 0), Token(a), Token(b), Token("R", 0), Token(radius)};
-        if (contactFactorSet) {
-            lineTokens.emplace_back("FACTOR", 0);
-            lineTokens.emplace_back(std::to_string(contactFactor));
-        }
-        auto line = std::make_shared<ContactLine>();
-        line->setNumber(lineNumber);
-        line->parseOstrel(lineTokens, allNodes, nodeMap, materials, loads);
-        return line;
+        return ContactLine::makeEdgeContact(lineNumber, a, b, thickness * 0.5, contactFactorSet,
+                                            contactFactor, allNodes, nodeMap, materials, loads);
     };
     contactLine1 = makeLine(-1, n1, n2);
     contactLine3 = makeLine(-3, n3, n1);

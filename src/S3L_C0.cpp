@@ -141,32 +141,13 @@ void S3L_C0::createContactObjects(const std::vector<std::shared_ptr<Node>>& allN
     const std::string n2 = std::to_string(nodes.at(1)->getNumber());
     const std::string n3 = std::to_string(nodes.at(2)->getNumber());
 
-    contactTriangle = std::make_shared<ContactTriangle>();
-    contactTriangle->setNumber(-1);
-    std::vector<Token> face{Token("NODES"), Token(n1),  Token(n2),
-                            Token(n3),      Token("T"), Token(std::to_string(thickness))};
-    if (contactFactorSet) {
-        face.emplace_back("FACTOR");
-        face.emplace_back(contactFactor);
-    }
-    if (frictionSet) {
-        face.emplace_back("FRICTION");
-        face.emplace_back(friction);
-    }
-    contactTriangle->parseOstrel(face, allNodes, nodeMap, materials, loads);
-
+    contactTriangle =
+        ContactTriangle::makeFaceContact(n1, n2, n3, thickness, contactFactorSet, contactFactor, frictionSet,
+                                         friction, allNodes, nodeMap, materials, loads);
     if (contactType != 302) return;
-    const std::string radius = std::to_string(thickness * 0.5);
     auto makeLine = [&](int lineNumber, const std::string& a, const std::string& b) {
-        auto line = std::make_shared<ContactLine>();
-        line->setNumber(lineNumber);
-        std::vector<Token> edge{Token("NODES"), Token(a), Token(b), Token("R"), Token(radius)};
-        if (contactFactorSet) {
-            edge.emplace_back("FACTOR");
-            edge.emplace_back(std::to_string(contactFactor));
-        }
-        line->parseOstrel(edge, allNodes, nodeMap, materials, loads);
-        return line;
+        return ContactLine::makeEdgeContact(lineNumber, a, b, thickness * 0.5, contactFactorSet,
+                                            contactFactor, allNodes, nodeMap, materials, loads);
     };
     contactLine1 = makeLine(-1, n1, n2);
     contactLine3 = makeLine(-3, n3, n1);
