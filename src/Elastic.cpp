@@ -10,11 +10,13 @@ Elastic::Elastic() : planeStressReady(false), planeStressStorage{}, D(6, 6, plan
 }
 
 Elastic::Elastic(const Elastic& other)
-    : Material(other), planeStressReady(other.planeStressReady), D(6, 6, planeStressStorage) {
+    : Material(other), speedsReady(other.speedsReady), barSpeed(other.barSpeed), plateSpeed(other.plateSpeed),
+      planeStressReady(other.planeStressReady), D(6, 6, planeStressStorage) {
     std::copy(other.planeStressStorage, other.planeStressStorage + 36, planeStressStorage);
 }
 
 void Elastic::parseOstrel(std::vector<Token> tokens) {
+    speedsReady = false;
     for (std::size_t i = 0; i < tokens.size(); i += 2) {
         const std::string key = tokens[i].getWord();
         if (key != "E" && key != "NU" && key != "RHO" && key != "DAMPING")
@@ -42,13 +44,19 @@ void Elastic::setInitialConditions(TNT::Array2D<double>& /*basis*/) {
     if (!densitySet) throw std::invalid_argument("Density is not set for material: " + name);
     if (!nuSet) throw std::invalid_argument("Poisson ration is not set for material: " + name);
     if (!youngsModulusSet) throw std::invalid_argument("Young modulus is not set for material: " + name);
+    speedsReady = false;
+    barSpeed = wavespeed1D();
+    plateSpeed = wavespeed2D();
+    speedsReady = true;
 }
 
 double Elastic::wavespeed1D() {
+    if (speedsReady) return barSpeed;
     return std::sqrt(youngsModulus / density);
 }
 
 double Elastic::wavespeed2D() {
+    if (speedsReady) return plateSpeed;
     return std::sqrt(youngsModulus / ((1.0 - nu * nu) * density));
 }
 

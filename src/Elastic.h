@@ -29,6 +29,11 @@ public:
     const TNT::Array2D<double>& getPlaneStressModulus() const { return D; }
 
 private:
+    // The wave speeds depend on E, nu and rho only: worked out once the
+    // parameters are checked, then read by every stable-step estimate.
+    bool speedsReady = false;
+    double barSpeed = 0.0;
+    double plateSpeed = 0.0;
     bool planeStressReady;
     // D is a view of this row-major block inside the material.
     double planeStressStorage[36];

@@ -153,6 +153,7 @@ void Rod2::assembleMassMatrix() {
 }
 
 void Rod2::setInitialConditions() {
+    getLocalBasis();
     material = material->copyMat();
     material->setInitialConditions(localBasis);
     if (contactType == 302) contactLine->setInitialConditions();
@@ -167,13 +168,31 @@ double Rod2::checkTimestep(double dt) {
 void Rod2::updateLocalCoordinateSystem() {
     const Node& a = node1 ? *node1 : *nodes.at(0);
     const Node& b = node2 ? *node2 : *nodes.at(1);
-    const double dx = b.getX_pos() - a.getX_pos();
-    const double dy = b.getY_pos() - a.getY_pos();
-    const double dz = b.getZ_pos() - a.getZ_pos();
-    // The third point only fixes e2 and e3, which carry no force; it is
-    // parallel to the axis for axes along (1, 1, -1).
-    calculateLocalBasis(0.0, 0.0, 0.0, dx, dy, dz, dz, -dx, dy, localBasis);
+    double* d = storage.axis;
+    d[0] = b.getX_pos() - a.getX_pos();
+    d[1] = b.getY_pos() - a.getY_pos();
+    d[2] = b.getZ_pos() - a.getZ_pos();
+    // Row 0, the unit axis, is the only row that carries force: it is formed
+    // here exactly as the full construction forms it, and rows 1 and 2 wait
+    // until someone reads the basis.
+    const double L = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+    double* e1 = storage.localBasis;
+    e1[0] = d[0] / L;
+    e1[1] = d[1] / L;
+    e1[2] = d[2] / L;
+    basisRowsCurrent = false;
     if (contactType == 302) contactLine->updateLocalCoordinateSystem();
+}
+
+const TNT::Array2D<double>& Rod2::getLocalBasis() const {
+    if (!basisRowsCurrent) {
+        // The third point only fixes e2 and e3, which carry no force; it is
+        // parallel to the axis for axes along (1, 1, -1).
+        const double* d = storage.axis;
+        calculateLocalBasis(0.0, 0.0, 0.0, d[0], d[1], d[2], d[2], -d[0], d[1], localBasis);
+        basisRowsCurrent = true;
+    }
+    return localBasis;
 }
 
 void Rod2::computeStrain(double /*dt*/, int /*ip*/) {

@@ -60,20 +60,26 @@ public:
     std::shared_ptr<Material> getMaterial() const { return material; }
     std::shared_ptr<ContactLine> getContactLine() const { return contactLine; }
     const TNT::Array2D<double>& getInertia() const { return inertia; }
-    const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
+    // Rows e2 and e3 are completed here from the axis of the last basis
+    // update: the loop itself only needs the axis.
+    const TNT::Array2D<double>& getLocalBasis() const;
     const TNT::Array1D<double>& getStrain() const { return strain; }
     const TNT::Array1D<double>& getStress() const { return stress; }
 
 private:
     struct Storage {
         double localBasis[9];
+        // d = x2 - x1 at the last basis update, from which e2 and e3 follow.
+        double axis[3];
         double strain[6];
         double stress[6];
         double strainIncrement[6];
         double localForce[3];
         double inertia[9];
     };
-    Storage storage{};
+    // Mutable only so that reading the basis can complete its rows e2, e3.
+    mutable Storage storage{};
+    mutable bool basisRowsCurrent = true;
     // The two nodes, borrowed from `nodes` once they are known.
     Node* node1 = nullptr;
     Node* node2 = nullptr;
@@ -85,7 +91,7 @@ private:
     double length = 0.0;
     std::shared_ptr<Material> material;
     TNT::Array2D<double> inertia;
-    TNT::Array2D<double> localBasis;
+    mutable TNT::Array2D<double> localBasis;
     TNT::Array1D<double> strain;
     TNT::Array1D<double> stress;
     TNT::Array1D<double> strainIncrement;
