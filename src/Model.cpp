@@ -193,6 +193,8 @@ void Model::setInitialConditions() {
             if (i > 0) nodes[i]->setLeftNode(nodes[i - 1]);
         }
 
+        mirrorChain();
+
         contactSearch = std::make_shared<ContactSearch>();
         {
             // Contact elements, also those that structural elements own,
@@ -370,32 +372,78 @@ double Model::getEndTime() const {
 }
 
 void Model::checkNeighbours() {
-    // One pass that bubbles every node to its place can leave an inversion
-    // behind: a node moving left out of a pair (L, n) makes L adjacent to n's
-    // right neighbour, and the pass does not come back to them. Passes are
-    // repeated until one makes no swap; each swap removes one inversion and
-    // equal x never swap, so the chain ends sorted and stable.
-    //
     // Adjacent swaps of strictly inverted pairs keep equal x in their order,
-    // so the sorted chain they end in is the stable sort of the chain as it
-    // was; an insertion sort that walks the chain once from its left end
-    // reaches the same chain. The walk follows the links, and the chain
-    // follows the node vector closely (the vector was sorted by x at the
-    // start), so the nodes ahead in the vector are loaded while it walks.
+    // so the chain must end as the stable sort, by the new x, of the chain as
+    // it was: an insertion sort from the left end gives exactly that. Nodes
+    // in a column of equal initial x trade places nearly every step, so the
+    // sort runs over a contiguous copy of (x, node) in chain order and only
+    // the moves it makes touch the links.
+    const std::size_t count = nodes.size();
+    if (count == 0) return;
+    bool mirrored = chain.size() == count;
+    if (mirrored) {
+        // Fresh x for every entry, and a check that the links still form the
+        // chain this copy was made from (nothing else changes them in a run).
+        constexpr std::size_t ahead = 8;
+        Node* previous = nullptr;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i + ahead < count) chain[i + ahead].node->prefetchForChain();
+            Node* n = chain[i].node;
+            if (n->leftNeighbour() != previous || (previous && previous->rightNeighbour() != n)) {
+                mirrored = false;
+                break;
+            }
+            chain[i].x = n->getX_pos();
+            previous = n;
+        }
+        if (mirrored && previous->rightNeighbour()) mirrored = false;
+    }
+    if (!mirrored) {
+        repairChainByLinks();
+        mirrorChain();
+        return;
+    }
+    for (std::size_t i = 1; i < count; ++i) {
+        const ChainEntry entry = chain[i];
+        if (!(chain[i - 1].x > entry.x)) continue;
+        // The node goes left past every node of larger x: find the first of
+        // them, relink the node there at once and shift the copy to match.
+        std::size_t j = i - 1;
+        while (j > 0 && chain[j - 1].x > entry.x)
+            --j;
+        entry.node->moveLeftOf(chain[j].node);
+        for (std::size_t k = i; k > j; --k)
+            chain[k] = chain[k - 1];
+        chain[j] = entry;
+    }
+}
+
+void Model::mirrorChain() {
+    chain.clear();
+    const std::size_t count = nodes.size();
+    if (count == 0) return;
+    Node* n = nodes.front().get();
+    for (std::size_t steps = 0; n->leftNeighbour(); ++steps) {
+        if (steps > count) return; // a loop of links has no left end
+        n = n->leftNeighbour();
+    }
+    chain.reserve(count);
+    for (; n && chain.size() <= count; n = n->rightNeighbour())
+        chain.push_back({n->getX_pos(), n});
+    if (chain.size() != count) chain.clear();
+}
+
+void Model::repairChainByLinks() {
     if (nodes.empty()) return;
     Node* n = nodes.front().get();
     while (Node* left = n->leftNeighbour())
         n = left;
     const std::size_t count = nodes.size();
-    constexpr std::size_t ahead = 8;
     std::size_t visited = 0;
     while (n && visited < count) {
-        if (visited + ahead < count) nodes[visited + ahead]->prefetchForChain();
         Node* next = n->rightNeighbour();
         Node* left = n->leftNeighbour();
         if (left && left->getX_pos() > n->getX_pos()) {
-            // The node goes left past every node of larger x: find the last
-            // of them, then move it there at once.
             const double x = n->getX_pos();
             Node* q = left;
             for (Node* l = q->leftNeighbour(); l && l->getX_pos() > x; l = l->leftNeighbour())

@@ -64,6 +64,21 @@ private:
     void checkNodeNumbering();
     // One insertion pass over the node vector; true when it swapped a pair.
     bool sortNeighbourPass();
+    // Insertion sort that follows the links (any chain the links describe).
+    void repairChainByLinks();
+    // Rebuilds `chain` from the links; leaves it empty when the links do not
+    // form one chain through every node.
+    void mirrorChain();
+
+    // The x-ordered chain as the links held it after the last repair, one
+    // entry per node with room for its current x: the repair sorts this
+    // array and moves the linked nodes along with it, instead of chasing
+    // links through scattered nodes.
+    struct ChainEntry {
+        double x;
+        Node* node;
+    };
+    std::vector<ChainEntry> chain;
 
     std::filesystem::path inputPath;
     int id;

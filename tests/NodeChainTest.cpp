@@ -118,3 +118,27 @@ TEST(NodeChain, ShuffledNodesWithTiesEndInTheStableOrderOfTheChain) {
         EXPECT_EQ(useCounts(*model), counts);
     }
 }
+
+TEST(NodeChain, LinksChangedBetweenRepairsAreFollowed) {
+    auto model = lineOfNodes("chain_relinked", 5);
+    const auto counts = useCounts(*model);
+    moveTo(*model, {{2, 0.5}});
+    model->checkNeighbours();
+    ASSERT_EQ(walk(*model), (std::vector<int>{1, 2, 3, 4, 5}));
+    // Relinked by hand: 1 3 2 4 5, while every x stays where it was. The
+    // repair must sort the chain the links now describe: 3 moves back
+    // behind 2, and 4, 5 keep their place.
+    Node* three = nullptr;
+    for (const auto& n : model->getNodes())
+        if (n->getNumber() == 3) three = n.get();
+    three->swapWithLeftNeighbour();
+    ASSERT_EQ(walk(*model), (std::vector<int>{1, 3, 2, 4, 5}));
+    model->checkNeighbours();
+    EXPECT_EQ(walk(*model), (std::vector<int>{1, 2, 3, 4, 5}));
+    // And with ties: x of 2 and 3 equal, so the hand-made order 1 3 2 stays.
+    moveTo(*model, {{2, 2.0}, {3, 2.0}});
+    three->swapWithLeftNeighbour();
+    model->checkNeighbours();
+    EXPECT_EQ(walk(*model), (std::vector<int>{1, 3, 2, 4, 5}));
+    EXPECT_EQ(useCounts(*model), counts);
+}
