@@ -44,9 +44,10 @@ HyperTextile::HyperTextile()
 HyperTextile::HyperTextile(const HyperTextile& other)
     : Material(other), kElongWarp(other.kElongWarp), kElongWeft(other.kElongWeft), kShear(other.kShear),
       a0(other.a0), a1(other.a1), b0(other.b0), b1(other.b1), termsInline(other.termsInline),
-      warpOrientation(3, arrayStorage), weftOrientation(3, arrayStorage + 3),
-      warpTensor(2, 2, arrayStorage + 6), weftTensor(2, 2, arrayStorage + 10),
-      warpWeftTensor(2, 2, arrayStorage + 14), weftWarpTensor(2, 2, arrayStorage + 18) {
+      plateSpeedReady(other.plateSpeedReady), plateSpeed(other.plateSpeed), warpOrientation(3, arrayStorage),
+      weftOrientation(3, arrayStorage + 3), warpTensor(2, 2, arrayStorage + 6),
+      weftTensor(2, 2, arrayStorage + 10), warpWeftTensor(2, 2, arrayStorage + 14),
+      weftWarpTensor(2, 2, arrayStorage + 18) {
     std::copy(other.arrayStorage, other.arrayStorage + 22, arrayStorage);
     std::copy(other.warpInline, other.warpInline + inlineTerms, warpInline);
     std::copy(other.weftInline, other.weftInline + inlineTerms, weftInline);
@@ -64,6 +65,7 @@ void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t
 }
 
 void HyperTextile::parseOstrel(std::vector<Token> tokens) {
+    plateSpeedReady = false;
     std::size_t i = 0;
     while (i < tokens.size()) {
         const std::string key = tokens[i].getWord();
@@ -135,6 +137,13 @@ void HyperTextile::setInitialConditions(TNT::Array2D<double>& basis) {
             warpWeftTensor[i][j] = a[i] * b[j];
             weftWarpTensor[i][j] = b[i] * a[j];
         }
+    // Without weft coefficients the speed is not defined: it is left to the
+    // step estimate to report that, should one be made.
+    plateSpeedReady = false;
+    if (!kElongWeft.empty()) {
+        plateSpeed = wavespeed2D();
+        plateSpeedReady = true;
+    }
 }
 
 double HyperTextile::wavespeed1D() {
@@ -143,6 +152,7 @@ double HyperTextile::wavespeed1D() {
 
 // Only the leading tension coefficients size the step.
 double HyperTextile::wavespeed2D() {
+    if (plateSpeedReady) return plateSpeed;
     if (termsInline && !kElongWarp.empty() && !kElongWeft.empty())
         return std::sqrt(std::max(warpInline[0], weftInline[0]) / density);
     return std::sqrt(std::max(kElongWarp.at(0), kElongWeft.at(0)) / density);

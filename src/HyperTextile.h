@@ -68,6 +68,9 @@ private:
     double weftInline[inlineTerms] = {};
     double shearInline[inlineTerms] = {};
     bool termsInline = false;
+    // The plate wave speed, worked out once the coefficients are checked.
+    bool plateSpeedReady = false;
+    double plateSpeed = 0.0;
     // The orientations and yarn tensors are views of this block: warp and
     // weft directions (3 + 3), then the four 2x2 tensors row by row.
     double arrayStorage[22] = {};

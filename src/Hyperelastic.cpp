@@ -31,6 +31,7 @@ Hyperelastic::Hyperelastic() {
 Hyperelastic::Hyperelastic(const Hyperelastic& other) = default;
 
 void Hyperelastic::parseOstrel(std::vector<Token> tokens) {
+    plateSpeedReady = false;
     std::size_t i = 0;
     while (i < tokens.size()) {
         const std::string key = tokens[i].getWord();
@@ -76,6 +77,9 @@ void Hyperelastic::setInitialConditions(TNT::Array2D<double>&) {
         std::copy(muTerms.begin(), muTerms.end(), muInline);
         std::copy(alphaTerms.begin(), alphaTerms.end(), alphaInline);
     }
+    plateSpeedReady = false;
+    plateSpeed = wavespeed2D();
+    plateSpeedReady = true;
 }
 
 double Hyperelastic::wavespeed1D() {
@@ -84,6 +88,7 @@ double Hyperelastic::wavespeed1D() {
 
 // sqrt(3 mu0 / rho) with the small-strain shear modulus mu0 = 1/2 sum mu_i alpha_i.
 double Hyperelastic::wavespeed2D() {
+    if (plateSpeedReady) return plateSpeed;
     const std::size_t n = std::min(muTerms.size(), alphaTerms.size());
     double sum = 0.0;
     for (std::size_t i = 0; i < n; ++i)

@@ -47,4 +47,7 @@ private:
     double muInline[inlineTerms] = {};
     double alphaInline[inlineTerms] = {};
     bool termsInline = false;
+    // The plate wave speed, worked out once the terms are checked.
+    bool plateSpeedReady = false;
+    double plateSpeed = 0.0;
 };

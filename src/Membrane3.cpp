@@ -163,14 +163,38 @@ void Membrane3::computeJacobian() {
     jacobian[1][0] = 0.0;
     jacobian[1][1] = ln / la;
     detJacobian = jacobian[1][1] * jacobian[0][0];
+
+    double* basis = lawData + kBasis;
+    for (int j = 0; j < 3; ++j) {
+        basis[j] = e1[j];
+        basis[3 + j] = e2[j];
+        basis[6 + j] = e3[j];
+    }
+    basisCurrent = true;
+}
+
+TNT::Array2D<double>& Membrane3::currentBasis() {
+    if (!basisCurrent) {
+        const Node& p1 = node(0);
+        const Node& p2 = node(1);
+        const Node& p3 = node(2);
+        calculateLocalBasis(p1.getX_pos(), p1.getY_pos(), p1.getZ_pos(), p2.getX_pos(), p2.getY_pos(),
+                            p2.getZ_pos(), p3.getX_pos(), p3.getY_pos(), p3.getZ_pos(), localBasis);
+        basisCurrent = true;
+    }
+    return localBasis;
+}
+
+const TNT::Array2D<double>& Membrane3::getLocalBasis() const {
+    // Forming the basis on demand changes no observable state.
+    return const_cast<Membrane3*>(this)->currentBasis();
 }
 
 void Membrane3::updateLocalCoordinateSystem() {
-    const Node& p1 = node(0);
-    const Node& p2 = node(1);
-    const Node& p3 = node(2);
-    calculateLocalBasis(p1.getX_pos(), p1.getY_pos(), p1.getZ_pos(), p2.getX_pos(), p2.getY_pos(),
-                        p2.getZ_pos(), p3.getX_pos(), p3.getY_pos(), p3.getZ_pos(), localBasis);
+    // The frame of the current triangle is the one the Jacobian is built in:
+    // computeJacobian forms it with the same arithmetic and stores it, so the
+    // update only marks the stored one as out of date.
+    basisCurrent = false;
     if (contactType == 301 || contactType == 302) contactTriangle->updateLocalCoordinateSystem();
     if (contactType == 302) {
         if (contactLine1) contactLine1->updateLocalCoordinateSystem();
@@ -228,7 +252,7 @@ void Membrane3::computeStrain(double dt, int /*ip*/) {
 }
 
 void Membrane3::computeStress(double /*dt*/, int /*ip*/) {
-    material->computeStress2D(deformationGradient, strain, stress, localBasis);
+    material->computeStress2D(deformationGradient, strain, stress, currentBasis());
 }
 
 void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
@@ -313,7 +337,7 @@ void Membrane3::setInitialConditions() {
         throw std::invalid_argument("Material is not set for Membrane element " + std::to_string(number));
     material = material->copyMat();
     updateLocalCoordinateSystem();
-    material->setInitialConditions(localBasis);
+    material->setInitialConditions(currentBasis());
     if (contactType == 301 || contactType == 302) contactTriangle->setInitialConditions();
     if (contactType == 302) {
         if (contactLine1) contactLine1->setInitialConditions();

@@ -64,7 +64,9 @@ public:
     int getContactType() const { return contactType; }
     const std::shared_ptr<Material>& getMaterial() const { return material; }
     const std::shared_ptr<Load>& getLoad() const { return load; }
-    const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
+    // The basis of the last update of the local frame. The step forms it
+    // together with the Jacobian; read on its own, it is formed here.
+    const TNT::Array2D<double>& getLocalBasis() const;
     const double (&getJacobian() const)[2][2] { return jacobian; }
     const TNT::Array2D<double>& getDeformationGradient() const { return deformationGradient; }
     const double (&getShapeDerivatives() const)[3][6] { return shapeDerivatives; }
@@ -78,6 +80,9 @@ public:
 private:
     // The three nodes, borrowed from `nodes` once they are known.
     Node& node(int a) const { return nodePointers[a] ? *nodePointers[a] : *nodes.at(a); }
+    // The basis, formed from the nodes unless the Jacobian already did.
+    TNT::Array2D<double>& currentBasis();
+    bool basisCurrent = false;
     Node* nodePointers[3] = {nullptr, nullptr, nullptr};
     double area = 0.0;
     double thickness = 0.0;
