@@ -282,3 +282,9 @@ std::string ContactLine::printVTK(int what, int component) {
     if (what == 100 || what == 200 || what == 201) return "0.0";
     return Element::printVTK(what, component);
 }
+
+void ContactLine::prefetchForStep() const {
+    prefetchBytes(this, sizeof(ContactLine));
+    for (const auto& n : nodes)
+        n->prefetchForElements();
+}

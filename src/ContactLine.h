@@ -47,6 +47,7 @@ public:
     void computeExternalForces(double) override {}
     void computeContactForces() override;
     std::string printVTK(int what, int component) override;
+    void prefetchForStep() const override;
 
     std::shared_ptr<Node> getNode(int i) const { return nodes.at(i); }
     // Node-to-segment test; on success s, d and the direction stay in the fields.

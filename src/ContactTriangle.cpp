@@ -282,3 +282,9 @@ std::string ContactTriangle::printVTK(int what, int component) {
     if (what == 100 || what == 200 || what == 201) return "0.0";
     return Element::printVTK(what, component);
 }
+
+void ContactTriangle::prefetchForStep() const {
+    prefetchBytes(this, sizeof(ContactTriangle));
+    for (const Node* n : nodePointers)
+        if (n) n->prefetchForElements();
+}

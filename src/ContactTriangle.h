@@ -58,6 +58,7 @@ public:
     void computeExternalForces(double) override {}
     void computeContactForces() override;
     std::string printVTK(int what, int component) override;
+    void prefetchForStep() const override;
 
     // Penetration test of one node against the current geometry; on success
     // the gap, the area coordinates and the local position stay in the fields.

@@ -39,6 +39,11 @@ public:
     //   (0, 0) the VTK cell type line, (1, 0) the cell line,
     //   (100, c) strain component c, (200, c) stress component c.
     virtual std::string printVTK(int what, int component);
+    // Asks the processor to start loading what the next step of this element
+    // reads (a hint only: it changes no value). The loop calls it a few
+    // elements ahead, so that the element's memory, its material and its
+    // nodes arrive while the elements before it are worked on.
+    virtual void prefetchForStep() const {}
 
     int getNumber() const { return number; }
     void setNumber(int n) { number = n; }
@@ -54,6 +59,13 @@ protected:
     // Formats an element value for the result file: "%f", or "0.0" for
     // magnitudes of at most 1e-10 when zeroSmall is set.
     static std::string formatValue(double v, bool zeroSmall);
+    // Prefetch hint for every cache line of [p, p + bytes).
+    static void prefetchBytes(const void* p, std::size_t bytes) {
+        const char* first = static_cast<const char*>(p);
+        for (const char* q = first; q < first + bytes; q += 64)
+            __builtin_prefetch(q, 1);
+        if (bytes > 0) __builtin_prefetch(first + bytes - 1, 1);
+    }
     // The node a deck names by number (truncated toward zero, as element
     // numbers are); "Node <number> is not found" when there is none, also for
     // a value that no int can hold (NaN, INF, 1E20).

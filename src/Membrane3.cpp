@@ -373,3 +373,13 @@ std::string Membrane3::printVTK(int what, int component) {
     }
     return Element::printVTK(what, component);
 }
+
+void Membrane3::prefetchForStep() const {
+    prefetchBytes(this, sizeof(Membrane3));
+    // The material's fields, and the row pointers of F that the law reads.
+    prefetchBytes(material.get(), 256);
+    prefetchBytes(static_cast<double**>(const_cast<TNT::Array2D<double>&>(deformationGradient)),
+                  2 * sizeof(double*));
+    for (const Node* n : nodePointers)
+        if (n) n->prefetchForElements();
+}

@@ -53,6 +53,7 @@ public:
     void computeExternalForces(double time) override;
     void computeContactForces() override;
     std::string printVTK(int what, int component) override;
+    void prefetchForStep() const override;
 
     // Area, frame and Jacobian of the current triangle.
     void computeJacobian();

@@ -275,8 +275,13 @@ void Model::step(double& candidateStep, bool clearForces) {
     if (!(currentTime + dt > currentTime))
         throw std::runtime_error("Time step " + scientific(dt) + " does not advance the time from " +
                                  fixed(currentTime) + ": the run cannot reach its end time");
-    for (auto& element : elements) {
-        Element& e = *element;
+    const std::size_t elementCount = elements.size();
+    constexpr std::size_t elementsAhead = 3;
+    for (std::size_t i = 0; i < elementCount && i < elementsAhead; ++i)
+        elements[i]->prefetchForStep();
+    for (std::size_t i = 0; i < elementCount; ++i) {
+        if (i + elementsAhead < elementCount) elements[i + elementsAhead]->prefetchForStep();
+        Element& e = *elements[i];
         e.updateLocalCoordinateSystem();
         const int points = e.getNumberOfIntegrationPoints();
         for (int ip = 0; ip < points; ++ip) {

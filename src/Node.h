@@ -78,6 +78,15 @@ public:
         for (const char* p = first; p < last; p += 64)
             __builtin_prefetch(p, 1);
     }
+    // The same for what the element pass reads and adds to: the position
+    // and the force accumulators.
+    void prefetchForElements() const {
+        const char* first = reinterpret_cast<const char*>(state.position);
+        const char* last = reinterpret_cast<const char*>(state.externalForce);
+        for (const char* p = first; p < last; p += 64)
+            __builtin_prefetch(p, 1);
+        __builtin_prefetch(last - 1, 1);
+    }
     // The same for the neighbour links and the position (chain repair).
     void prefetchForChain() const {
         const char* first = reinterpret_cast<const char*>(&leftNode);

@@ -236,3 +236,13 @@ std::string Rod2::printVTK(int what, int component) {
         return formatValue(what == 100 ? strain[component] : stress[component], false);
     return Element::printVTK(what, component);
 }
+
+void Rod2::prefetchForStep() const {
+    // Up to the increment of the axial strain; the inertia and the views
+    // after it are not read by a step.
+    prefetchBytes(this, static_cast<std::size_t>(reinterpret_cast<const char*>(storage.strainIncrement + 1) -
+                                                 reinterpret_cast<const char*>(this)));
+    prefetchBytes(material.get(), 256);
+    if (node1) node1->prefetchForElements();
+    if (node2) node2->prefetchForElements();
+}

@@ -41,6 +41,7 @@ public:
     void computeExternalForces(double time) override;
     void computeContactForces() override;
     std::string printVTK(int what, int component) override;
+    void prefetchForStep() const override;
 
     // Current distance between node 2 and node 1.
     double elementLength() const;
@@ -67,29 +68,33 @@ public:
     const TNT::Array1D<double>& getStress() const { return stress; }
 
 private:
-    struct Storage {
-        double localBasis[9];
-        // d = x2 - x1 at the last basis update, from which e2 and e3 follow.
-        double axis[3];
-        double strain[6];
-        double stress[6];
-        double strainIncrement[6];
-        double localForce[3];
-        double inertia[9];
-    };
-    // Mutable only so that reading the basis can complete its rows e2, e3.
-    mutable Storage storage{};
-    mutable bool basisRowsCurrent = true;
-    // The two nodes, borrowed from `nodes` once they are known.
+    // What a step reads and writes comes first, in the order the step uses
+    // it, so that it fills the fewest cache lines: the nodes, the lengths and
+    // the material, then the axis row of the basis, the force and the axial
+    // components of strain and stress (the rest of each array stays zero).
     Node* node1 = nullptr;
     Node* node2 = nullptr;
-
-    double diameter = 0.0;
     double initialArea = 0.0;
     double area = 0.0;
     double initialLength = 0.0;
     double length = 0.0;
     std::shared_ptr<Material> material;
+    int contactType = 300;
+    // Mutable only so that reading the basis can complete its rows e2, e3.
+    mutable bool basisRowsCurrent = true;
+    struct Storage {
+        double localBasis[9];
+        double localForce[3];
+        // d = x2 - x1 at the last basis update, from which e2 and e3 follow.
+        double axis[3];
+        double strain[6];
+        double stress[6];
+        double strainIncrement[6];
+        double inertia[9];
+    };
+    mutable Storage storage{};
+
+    double diameter = 0.0;
     TNT::Array2D<double> inertia;
     mutable TNT::Array2D<double> localBasis;
     TNT::Array1D<double> strain;
@@ -100,7 +105,6 @@ private:
     bool materialSet = false;
     bool nodesSet = false;
     std::shared_ptr<ContactLine> contactLine;
-    int contactType = 300;
     double contactFactor = 0.0;
     bool contactFactorSet = false;
 };

@@ -497,3 +497,10 @@ std::string S3L_C0::printVTK(int what, int component) {
     if (values.empty() || component < 0 || component > 5) return "0.0";
     return formatValue(values[0][component], true);
 }
+
+void S3L_C0::prefetchForStep() const {
+    prefetchBytes(this, sizeof(S3L_C0));
+    prefetchBytes(material.get(), 256);
+    for (const Node* n : nodePointers)
+        if (n) n->prefetchForElements();
+}

@@ -62,6 +62,7 @@ public:
     void computeContactForces() override;
     // Strain (100) and stress (200) components at the first integration point.
     std::string printVTK(int what, int component) override;
+    void prefetchForStep() const override;
 
     // Reads the nodes' positions and velocities into the local frame, refreshes A.
     void computeLocalVariables();
