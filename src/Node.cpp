@@ -245,12 +245,24 @@ void Node::determineMassMatrix() {
     inverseInertia.inject(inverse);
 }
 
+// GCC packs the six-component loops below into vector loads that read back
+// values just stored one by one, which stalls each load until the stores
+// have drained; the scalar code is faster.
+#if defined(__GNUC__) && !defined(__clang__)
+__attribute__((optimize("no-tree-vectorize")))
+#endif
 void Node::computeNewPosition(double dt, double t) {
+    // The new accelerations, velocities and forces stay in registers and are
+    // stored once: reading back a vector just written element by element
+    // would wait for the stores to drain.
     State& s = state;
+    double fExt[6], fInt[6];
     for (int i = 0; i < 6; ++i) {
+        fExt[i] = s.externalForce[i];
+        fInt[i] = s.internalForce[i];
         s.previousDisplacement[i] = s.displacement[i];
-        s.previousExternalForce[i] = s.externalForce[i];
-        s.previousInternalForce[i] = s.internalForce[i];
+        s.previousExternalForce[i] = fExt[i];
+        s.previousInternalForce[i] = fInt[i];
     }
 
     if (load) {
@@ -260,9 +272,10 @@ void Node::computeNewPosition(double dt, double t) {
                 s.force[i] += l[i];
     }
 
+    double a[6];
     const double m = mass, c = rayleighDamping;
     for (int i = 0; i < 3; ++i)
-        s.acceleration[i] = s.force[i] / m - s.previousVelocity[i] * c;
+        a[i] = s.force[i] / m - s.previousVelocity[i] * c;
 
     // Euler's equations for the rotations: J dw/dt = M - w x (J w)
     const double* J = s.inertia;
@@ -274,17 +287,23 @@ void Node::computeNewPosition(double dt, double t) {
     const double M0 = s.force[3] - (w1 * h2 - w2 * h1);
     const double M1 = s.force[4] - (w2 * h0 - w0 * h2);
     const double M2 = s.force[5] - (w0 * h1 - w1 * h0);
-    s.acceleration[3] = K[0] * M0 + K[1] * M1 + K[2] * M2;
-    s.acceleration[4] = K[3] * M0 + K[4] * M1 + K[5] * M2;
-    s.acceleration[5] = K[6] * M0 + K[7] * M1 + K[8] * M2;
+    a[3] = K[0] * M0 + K[1] * M1 + K[2] * M2;
+    a[4] = K[3] * M0 + K[4] * M1 + K[5] * M2;
+    a[5] = K[6] * M0 + K[7] * M1 + K[8] * M2;
 
     if (load) {
-        const TNT::Array1D<double> a = load->getAcc(t);
-        if (a.dim1() == 6)
+        const TNT::Array1D<double> acc = load->getAcc(t);
+        if (acc.dim1() == 6)
             for (int i = 0; i < 6; ++i)
-                s.acceleration[i] += a[i];
+                a[i] += acc[i];
     }
-    if (constraint) constraint->applyAccelerationConditions(this, t);
+    for (int i = 0; i < 6; ++i)
+        s.acceleration[i] = a[i];
+    if (constraint) {
+        constraint->applyAccelerationConditions(this, t);
+        for (int i = 0; i < 6; ++i)
+            a[i] = s.acceleration[i];
+    }
 
     const double dtPrev = previousStep;
     previousStep = dt;
@@ -292,20 +311,29 @@ void Node::computeNewPosition(double dt, double t) {
 
     double vn[3];
     for (int i = 0; i < 3; ++i)
-        vn[i] = s.previousVelocity[i] + 0.5 * dt * s.acceleration[i];
+        vn[i] = s.previousVelocity[i] + 0.5 * dt * a[i];
+    double v[6];
     for (int i = 0; i < 6; ++i) {
-        s.velocity[i] += averageStep * s.acceleration[i];
-        s.previousVelocity[i] = s.velocity[i];
-        s.displacement[i] += dt * s.velocity[i];
-        s.position[i] = s.origin[i] + s.displacement[i];
+        v[i] = s.velocity[i] + averageStep * a[i];
+        s.velocity[i] = v[i];
+        s.previousVelocity[i] = v[i];
+        const double u = s.displacement[i] + dt * v[i];
+        s.displacement[i] = u;
+        s.position[i] = s.origin[i] + u;
     }
-    if (constraint) constraint->applyVelocityConditions(this, t);
+    if (constraint) {
+        constraint->applyVelocityConditions(this, t);
+        for (int i = 0; i < 6; ++i)
+            v[i] = s.velocity[i];
+    }
 
+    // The previous-force copies were taken above, so each pair sums to twice
+    // the force of this step.
     const double half = 0.5 * dt;
     double work = 0.0, internal = 0.0;
     for (int i = 0; i < 6; ++i) {
-        work += (s.previousExternalForce[i] + s.externalForce[i]) * s.velocity[i];
-        internal += (s.previousInternalForce[i] + s.internalForce[i]) * s.velocity[i];
+        work += (fExt[i] + fExt[i]) * v[i];
+        internal += (fInt[i] + fInt[i]) * v[i];
     }
     externalWork += half * work;
     internalEnergy -= half * internal;

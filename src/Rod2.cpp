@@ -108,6 +108,10 @@ double Rod2::elementLength() const {
     const double dx = b.getX_pos() - a.getX_pos();
     const double dy = b.getY_pos() - a.getY_pos();
     const double dz = b.getZ_pos() - a.getZ_pos();
+    // A step asks for the length three times from the same positions: the
+    // root taken by the basis update serves as long as the axis is the same.
+    const double* d = storage.axis;
+    if (dx == d[0] && dy == d[1] && dz == d[2]) return storage.axisLength;
     return std::sqrt(dx * dx + dy * dy + dz * dz);
 }
 
@@ -176,6 +180,7 @@ void Rod2::updateLocalCoordinateSystem() {
     // here exactly as the full construction forms it, and rows 1 and 2 wait
     // until someone reads the basis.
     const double L = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+    storage.axisLength = L;
     double* e1 = storage.localBasis;
     e1[0] = d[0] / L;
     e1[1] = d[1] / L;

@@ -85,8 +85,10 @@ private:
     struct Storage {
         double localBasis[9];
         double localForce[3];
-        // d = x2 - x1 at the last basis update, from which e2 and e3 follow.
+        // d = x2 - x1 at the last basis update, from which e2 and e3 follow,
+        // and |d|, always the root of d.d for the d stored here.
         double axis[3];
+        double axisLength;
         double strain[6];
         double stress[6];
         double strainIncrement[6];
