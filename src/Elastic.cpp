@@ -50,19 +50,9 @@ void Elastic::setInitialConditions(TNT::Array2D<double>& /*basis*/) {
     speedsReady = true;
 }
 
-double Elastic::wavespeed1D() {
-    if (speedsReady) return barSpeed;
-    return std::sqrt(youngsModulus / density);
-}
-
 double Elastic::wavespeed2D() {
     if (speedsReady) return plateSpeed;
     return std::sqrt(youngsModulus / ((1.0 - nu * nu) * density));
-}
-
-void Elastic::computeStress1D(double& strain, double& strainIncrement, double& stress) {
-    strain += strainIncrement;
-    stress = youngsModulus * strain;
 }
 
 void Elastic::setPlaneStressModulus() {

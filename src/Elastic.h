@@ -9,7 +9,9 @@
 
 #include "Material.h"
 
-class Elastic : public Material {
+#include <cmath>
+
+class Elastic final : public Material {
 public:
     Elastic();
     Elastic(const Elastic& other);
@@ -17,9 +19,15 @@ public:
 
     void parseOstrel(std::vector<Token> tokens) override;
     void setInitialConditions(TNT::Array2D<double>& basis) override;
-    double wavespeed1D() override;
+    double wavespeed1D() override {
+        if (speedsReady) return barSpeed;
+        return std::sqrt(youngsModulus / density);
+    }
     double wavespeed2D() override;
-    void computeStress1D(double& strain, double& strainIncrement, double& stress) override;
+    void computeStress1D(double& strain, double& strainIncrement, double& stress) override {
+        strain += strainIncrement;
+        stress = youngsModulus * strain;
+    }
     void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
                          TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) override;
     std::shared_ptr<Material> copyMat() override;

@@ -1,6 +1,7 @@
 #include "Rod2.h"
 
 #include "ContactLine.h"
+#include "Elastic.h"
 #include "Material.h"
 #include "Node.h"
 
@@ -159,12 +160,14 @@ void Rod2::assembleMassMatrix() {
 void Rod2::setInitialConditions() {
     getLocalBasis();
     material = material->copyMat();
+    elastic = dynamic_cast<Elastic*>(material.get());
     material->setInitialConditions(localBasis);
     if (contactType == 302) contactLine->setInitialConditions();
 }
 
 double Rod2::checkTimestep(double dt) {
-    const double criticalStep = elementLength() / material->wavespeed1D();
+    const double c = elastic ? elastic->wavespeed1D() : material->wavespeed1D();
+    const double criticalStep = elementLength() / c;
     if (std::isnan(criticalStep)) return dt;
     return std::min(criticalStep, dt);
 }
@@ -208,7 +211,10 @@ void Rod2::computeStrain(double /*dt*/, int /*ip*/) {
 }
 
 void Rod2::computeStress(double /*dt*/, int /*ip*/) {
-    material->computeStress1D(storage.strain[0], storage.strainIncrement[0], storage.stress[0]);
+    if (elastic)
+        elastic->computeStress1D(storage.strain[0], storage.strainIncrement[0], storage.stress[0]);
+    else
+        material->computeStress1D(storage.strain[0], storage.strainIncrement[0], storage.stress[0]);
 }
 
 void Rod2::computeInternalForces(double /*dt*/, int /*ip*/) {

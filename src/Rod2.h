@@ -17,6 +17,7 @@
 #include "Element.h"
 
 class ContactLine;
+class Elastic;
 
 class Rod2 : public Element {
 public:
@@ -79,6 +80,10 @@ private:
     double initialLength = 0.0;
     double length = 0.0;
     std::shared_ptr<Material> material;
+    // The private material when it is the linear elastic law: its two
+    // operations of a step are then called directly, without the table of
+    // virtual functions, and inlined.
+    Elastic* elastic = nullptr;
     int contactType = 300;
     // Mutable only so that reading the basis can complete its rows e2, e3.
     mutable bool basisRowsCurrent = true;
