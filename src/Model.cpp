@@ -411,15 +411,16 @@ void Model::checkNeighbours() {
     for (std::size_t i = 1; i < count; ++i) {
         const ChainEntry entry = chain[i];
         if (!(chain[i - 1].x > entry.x)) continue;
-        // The node goes left past every node of larger x: find the first of
-        // them, relink the node there at once and shift the copy to match.
-        std::size_t j = i - 1;
-        while (j > 0 && chain[j - 1].x > entry.x)
+        // The node goes left past every node of larger x: shift the copy
+        // while looking for the first of them, then relink the node there
+        // at once.
+        std::size_t j = i;
+        do {
+            chain[j] = chain[j - 1];
             --j;
-        entry.node->moveLeftOf(chain[j].node);
-        for (std::size_t k = i; k > j; --k)
-            chain[k] = chain[k - 1];
+        } while (j > 0 && chain[j - 1].x > entry.x);
         chain[j] = entry;
+        entry.node->moveLeftOf(chain[j + 1].node);
     }
 }
 
