@@ -6,19 +6,6 @@
 
 namespace {
 
-// Appends the numbers that follow the keyword at position i, up to the next
-// word or the end of the line, and returns the position after them. The first
-// following token must be a number.
-std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::vector<double>& out,
-                          const std::string& material) {
-    const std::string key = tokens[i].getWord();
-    if (tokens.at(i + 1).isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
-    ++i;
-    while (i < tokens.size() && tokens[i].isANumber())
-        out.push_back(tokens[i++].getFiniteNumber(key + " of material " + material));
-    return i;
-}
-
 // sum_k K_k 2k x^(2k-1): the derivative of sum_k K_k x^(2k). Odd powers keep
 // the sign of x, so a compressed yarn (x < 0) gives a negative tension.
 double seriesDerivative(const double* k, std::size_t n, double x) {
@@ -68,24 +55,14 @@ void HyperTextile::parseOstrel(std::vector<Token> tokens) {
     plateSpeedReady = false;
     std::size_t i = 0;
     while (i < tokens.size()) {
+        if (readDensityOrDamping(tokens, i)) continue;
         const std::string key = tokens[i].getWord();
-        if (key == "RHO" || key == "DAMPING") {
-            const Token& value = tokens.at(i + 1);
-            if (value.isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
-            const double v = value.getFiniteNumber(key + " of material " + name);
-            if (key == "RHO") {
-                density = v;
-                densitySet = true;
-            } else {
-                alpha = v;
-            }
-            i += 2;
-        } else if (key == "KSHEAR") {
-            i = readNumberRun(tokens, i, kShear, name);
+        if (key == "KSHEAR") {
+            i = readNumberRun(tokens, i, kShear);
         } else if (key == "KELONGWARP") {
-            i = readNumberRun(tokens, i, kElongWarp, name);
+            i = readNumberRun(tokens, i, kElongWarp);
         } else if (key == "KELONGWEFT") {
-            i = readNumberRun(tokens, i, kElongWeft, name);
+            i = readNumberRun(tokens, i, kElongWeft);
         } else if (key == "WARPORI") {
             readOrientation(tokens, i, warpOrientation);
             i += 4;

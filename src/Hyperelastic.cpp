@@ -4,23 +4,6 @@
 #include <cmath>
 #include <stdexcept>
 
-namespace {
-
-// Appends the numbers that follow the keyword at position i, up to the next
-// word or the end of the line, and returns the position after them. The first
-// following token must be a number.
-std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i, std::vector<double>& out,
-                          const std::string& material) {
-    const std::string key = tokens[i].getWord();
-    if (tokens.at(i + 1).isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
-    ++i;
-    while (i < tokens.size() && tokens[i].isANumber())
-        out.push_back(tokens[i++].getFiniteNumber(key + " of material " + material));
-    return i;
-}
-
-} // namespace
-
 Hyperelastic::Hyperelastic() {
     type = "HYPERELASTIC";
     alpha = 0.0;
@@ -34,19 +17,9 @@ void Hyperelastic::parseOstrel(std::vector<Token> tokens) {
     plateSpeedReady = false;
     std::size_t i = 0;
     while (i < tokens.size()) {
+        if (readDensityOrDamping(tokens, i)) continue;
         const std::string key = tokens[i].getWord();
-        if (key == "RHO" || key == "DAMPING") {
-            const Token& value = tokens.at(i + 1);
-            if (value.isAWord()) throw std::invalid_argument("Input " + key + " is not recognized");
-            const double v = value.getFiniteNumber(key + " of material " + name);
-            if (key == "RHO") {
-                density = v;
-                densitySet = true;
-            } else {
-                alpha = v;
-            }
-            i += 2;
-        } else if (key == "TYPE") {
+        if (key == "TYPE") {
             const Token& value = tokens.at(i + 1);
             if (value.isANumber()) throw std::invalid_argument("Input " + key + " is not recognized");
             const std::string potential = value.getWord();
@@ -56,9 +29,9 @@ void Hyperelastic::parseOstrel(std::vector<Token> tokens) {
             potentialSet = true;
             i += 2;
         } else if (key == "MU") {
-            i = readNumberRun(tokens, i, muTerms, name);
+            i = readNumberRun(tokens, i, muTerms);
         } else if (key == "ALPHA") {
-            i = readNumberRun(tokens, i, alphaTerms, name);
+            i = readNumberRun(tokens, i, alphaTerms);
         } else {
             throw std::invalid_argument("Input " + key + " is not recognized");
         }

@@ -37,6 +37,16 @@ public:
     }
 
 protected:
+    // Keyword readers shared by the laws. readNumberRun appends the numbers
+    // that follow the keyword at position i, up to the next word or the end
+    // of the line, and returns the position after them (the first following
+    // token must be a number). readDensityOrDamping reads RHO or DAMPING and
+    // its value at position i, moves i past them and returns true; for any
+    // other keyword it returns false and leaves i alone.
+    std::size_t readNumberRun(const std::vector<Token>& tokens, std::size_t i,
+                              std::vector<double>& out) const;
+    bool readDensityOrDamping(const std::vector<Token>& tokens, std::size_t& i);
+
     std::string name;
     std::string type;
     double youngsModulus = 0.0;
