@@ -1,7 +1,5 @@
 #include "Membrane3.h"
 
-#include "ContactLine.h"
-#include "ContactTriangle.h"
 #include "Load.h"
 #include "Material.h"
 #include "Node.h"
@@ -24,10 +22,8 @@ Membrane3::Membrane3() : inertia(3, 3, 0.0) {
 Membrane3::~Membrane3() = default;
 
 const std::shared_ptr<ContactLine>& Membrane3::getContactLine(int i) const {
-    if (i == 1) return contactLine1;
-    if (i == 2) return contactLine2;
-    if (i == 3) return contactLine3;
-    throw std::out_of_range("Membrane3 has no contact line " + std::to_string(i));
+    if (i < 1 || i > 3) throw std::out_of_range("Membrane3 has no contact line " + std::to_string(i));
+    return contact.getLine(i);
 }
 
 void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& allNodes,
@@ -91,47 +87,14 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
         } else if (key == "T" && tokens.at(i + 1).isANumber()) {
             thickness = tokens[i + 1].getFiniteNumber("T of membrane element " + std::to_string(number));
             i += 2;
-        } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
-            const std::string kind = tokens[i + 1].getWord();
-            if (kind == "BASIC")
-                contactType = 301;
-            else if (kind == "EDGE")
-                contactType = 302;
-            else
-                throw std::invalid_argument("Invalid CONTACT type");
-            i += 2;
-        } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
-            contactFactor =
-                tokens[i + 1].getFiniteNumber("FACTOR of membrane element " + std::to_string(number));
-            contactFactorSet = true;
-            i += 2;
-        } else if (key == "FRICTION" && tokens.at(i + 1).isANumber()) {
-            friction =
-                tokens[i + 1].getFiniteNumber("FRICTION of membrane element " + std::to_string(number));
-            frictionSet = true;
-            i += 2;
+        } else if (contact.readKeyword(tokens, i, key, "membrane", number)) {
+            // CONTACT, FACTOR or FRICTION, read by the face contact
         } else {
             throw std::invalid_argument("Input " + key + " is not recognized");
         }
     }
 
-    if (contactType != 301 && contactType != 302) return;
-
-    const std::string n1 = std::to_string(nodes.at(0)->getNumber());
-    const std::string n2 = std::to_string(nodes.at(1)->getNumber());
-    const std::string n3 = std::to_string(nodes.at(2)->getNumber());
-
-    contactTriangle =
-        ContactTriangle::makeFaceContact(n1, n2, n3, thickness, contactFactorSet, contactFactor, frictionSet,
-                                         friction, allNodes, nodeMap, materials, loads);
-    if (contactType != 302) return;
-    auto makeLine = [&](int lineNumber, const std::string& a, const std::string& b) {
-        return ContactLine::makeEdgeContact(lineNumber, a, b, thickness * 0.5, contactFactorSet,
-                                            contactFactor, allNodes, nodeMap, materials, loads);
-    };
-    contactLine1 = makeLine(-1, n1, n2);
-    contactLine3 = makeLine(-3, n3, n1);
-    contactLine2 = makeLine(-2, n2, n3);
+    contact.build(nodes, thickness, allNodes, nodeMap, materials, loads);
 }
 
 void Membrane3::computeJacobian() {
@@ -195,12 +158,7 @@ void Membrane3::updateLocalCoordinateSystem() {
     // computeJacobian forms it with the same arithmetic and stores it, so the
     // update only marks the stored one as out of date.
     basisCurrent = false;
-    if (contactType == 301 || contactType == 302) contactTriangle->updateLocalCoordinateSystem();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->updateLocalCoordinateSystem();
-        if (contactLine2) contactLine2->updateLocalCoordinateSystem();
-        if (contactLine3) contactLine3->updateLocalCoordinateSystem();
-    }
+    contact.updateLocalCoordinateSystem();
 }
 
 void Membrane3::computeStrain(double dt, int /*ip*/) {
@@ -287,13 +245,7 @@ void Membrane3::computeExternalForces(double time) {
 }
 
 void Membrane3::computeContactForces() {
-    if (contactType != 301 && contactType != 302) return;
-    contactTriangle->computeContactForces();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->computeContactForces();
-        if (contactLine2) contactLine2->computeContactForces();
-        if (contactLine3) contactLine3->computeContactForces();
-    }
+    contact.computeContactForces();
 }
 
 void Membrane3::assembleMassMatrix() {
@@ -317,12 +269,7 @@ void Membrane3::assembleMassMatrix() {
         n.setRayleighDamping(alpha);
         n.addInertia(inertia);
     }
-    if (contactType == 301 || contactType == 302) contactTriangle->assembleMassMatrix();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->assembleMassMatrix();
-        if (contactLine2) contactLine2->assembleMassMatrix();
-        if (contactLine3) contactLine3->assembleMassMatrix();
-    }
+    contact.assembleMassMatrix();
 }
 
 void Membrane3::setInitialConditions() {
@@ -338,12 +285,7 @@ void Membrane3::setInitialConditions() {
     material = material->copyMat();
     updateLocalCoordinateSystem();
     material->setInitialConditions(currentBasis());
-    if (contactType == 301 || contactType == 302) contactTriangle->setInitialConditions();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->setInitialConditions();
-        if (contactLine2) contactLine2->setInitialConditions();
-        if (contactLine3) contactLine3->setInitialConditions();
-    }
+    contact.setInitialConditions();
 }
 
 double Membrane3::checkTimestep(double dt) {

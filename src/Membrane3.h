@@ -24,6 +24,7 @@
 #pragma once
 
 #include "Element.h"
+#include "FaceContact.h"
 
 class ContactLine;
 class ContactTriangle;
@@ -62,7 +63,7 @@ public:
     double getThickness() const { return thickness; }
     double getInitialThickness() const { return initialThickness; }
     double getDetJacobian() const { return detJacobian; }
-    int getContactType() const { return contactType; }
+    int getContactType() const { return contact.getType(); }
     const std::shared_ptr<Material>& getMaterial() const { return material; }
     const std::shared_ptr<Load>& getLoad() const { return load; }
     // The basis of the last update of the local frame. The step forms it
@@ -75,7 +76,7 @@ public:
     const TNT::Array1D<double>& getStress() const { return stress; }
     const double (&getInternalForce() const)[9] { return internalForce; }
     const TNT::Array2D<double>& getInertia() const { return inertia; }
-    const std::shared_ptr<ContactTriangle>& getContactTriangle() const { return contactTriangle; }
+    const std::shared_ptr<ContactTriangle>& getContactTriangle() const { return contact.getTriangle(); }
     const std::shared_ptr<ContactLine>& getContactLine(int i) const;
 
 private:
@@ -106,13 +107,7 @@ private:
     double detJacobian = 0.0;
     bool nodesSet = false;
     bool materialSet = false;
-    int contactType = 300;
-    std::shared_ptr<ContactTriangle> contactTriangle;
-    std::shared_ptr<ContactLine> contactLine1, contactLine2, contactLine3;
-    double contactFactor = 0.0;
-    double friction = 0.0;
-    bool contactFactorSet = false;
-    bool frictionSet = false;
+    FaceContact contact;
 
     enum : int { kBasis = 0, kStrain = 9, kStress = 15, kF = 21, kLawDataSize = 25 };
     double lawData[kLawDataSize] = {};

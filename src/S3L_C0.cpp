@@ -1,7 +1,5 @@
 #include "S3L_C0.h"
 
-#include "ContactLine.h"
-#include "ContactTriangle.h"
 #include "Load.h"
 #include "Material.h"
 #include "Node.h"
@@ -32,7 +30,6 @@ double dot3(const double* a, double x, double y, double z) {
 
 S3L_C0::S3L_C0()
     : area(0.0), thickness(0.0), inertia(3, 3, storage.inertia), localBasis(3, 3, storage.localBasis),
-      contactType(300), contactFactor(0.0), friction(0.0), contactFactorSet(false), frictionSet(false),
       nodesSet(false), materialSet(false), numberOfIntegrationPoints(3), integrationPointPositions(0),
       integrationPointWeights(0), deformationGradient(2, 2, 0.0), localX2(0.0), localX3(0.0), localY3(0.0),
       membraneMatrix(3, 6, storage.membraneMatrix), bendingMatrix(3, 6, storage.bendingMatrix),
@@ -49,10 +46,8 @@ std::string S3L_C0::errorPrefix() const {
 }
 
 std::shared_ptr<ContactLine> S3L_C0::getContactLine(int i) const {
-    if (i == 1) return contactLine1;
-    if (i == 2) return contactLine2;
-    if (i == 3) return contactLine3;
-    return nullptr;
+    if (i < 1 || i > 3) return nullptr;
+    return contact.getLine(i);
 }
 
 void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& allNodes,
@@ -101,24 +96,8 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
         } else if (key == "T" && tokens.at(i + 1).isANumber()) {
             thickness = tokens[i + 1].getFiniteNumber("T of shell element " + std::to_string(number));
             i += 2;
-        } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
-            const std::string kind = tokens[i + 1].getWord();
-            if (kind == "BASIC")
-                contactType = 301;
-            else if (kind == "EDGE")
-                contactType = 302;
-            else
-                throw std::invalid_argument("Invalid CONTACT type");
-            i += 2;
-        } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
-            contactFactor =
-                tokens[i + 1].getFiniteNumber("FACTOR of shell element " + std::to_string(number));
-            contactFactorSet = true;
-            i += 2;
-        } else if (key == "FRICTION" && tokens.at(i + 1).isANumber()) {
-            friction = tokens[i + 1].getFiniteNumber("FRICTION of shell element " + std::to_string(number));
-            frictionSet = true;
-            i += 2;
+        } else if (contact.readKeyword(tokens, i, key, "shell", number)) {
+            // CONTACT, FACTOR or FRICTION, read by the face contact
         } else if (key == "NIP" && tokens.at(i + 1).isANumber()) {
             const double v = tokens[i + 1].getNumber();
             if (!(v > -1.0 - maxIntegrationPoints && v < 1.0 + maxIntegrationPoints))
@@ -130,28 +109,7 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
             throw std::invalid_argument("Input " + tokenText(token) + " is not recognized");
         }
     }
-    if (contactType == 301 || contactType == 302) createContactObjects(allNodes, nodeMap, materials, loads);
-}
-
-void S3L_C0::createContactObjects(const std::vector<std::shared_ptr<Node>>& allNodes,
-                                  const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
-                                  const std::vector<std::shared_ptr<Material>>& materials,
-                                  const std::vector<std::shared_ptr<Load>>& loads) {
-    const std::string n1 = std::to_string(nodes.at(0)->getNumber());
-    const std::string n2 = std::to_string(nodes.at(1)->getNumber());
-    const std::string n3 = std::to_string(nodes.at(2)->getNumber());
-
-    contactTriangle =
-        ContactTriangle::makeFaceContact(n1, n2, n3, thickness, contactFactorSet, contactFactor, frictionSet,
-                                         friction, allNodes, nodeMap, materials, loads);
-    if (contactType != 302) return;
-    auto makeLine = [&](int lineNumber, const std::string& a, const std::string& b) {
-        return ContactLine::makeEdgeContact(lineNumber, a, b, thickness * 0.5, contactFactorSet,
-                                            contactFactor, allNodes, nodeMap, materials, loads);
-    };
-    contactLine1 = makeLine(-1, n1, n2);
-    contactLine3 = makeLine(-3, n3, n1);
-    contactLine2 = makeLine(-2, n2, n3);
+    contact.build(nodes, thickness, allNodes, nodeMap, materials, loads);
 }
 
 void S3L_C0::updateLocalCoordinateSystem() {
@@ -161,12 +119,7 @@ void S3L_C0::updateLocalCoordinateSystem() {
     calculateLocalBasis(a.getX_pos(), a.getY_pos(), a.getZ_pos(), b.getX_pos(), b.getY_pos(), b.getZ_pos(),
                         c.getX_pos(), c.getY_pos(), c.getZ_pos(), localBasis);
     ratesCurrent = false;
-    if (contactType == 301 || contactType == 302) contactTriangle->updateLocalCoordinateSystem();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->updateLocalCoordinateSystem();
-        if (contactLine2) contactLine2->updateLocalCoordinateSystem();
-        if (contactLine3) contactLine3->updateLocalCoordinateSystem();
-    }
+    contact.updateLocalCoordinateSystem();
 }
 
 void S3L_C0::computeLocalVariables() {
@@ -357,13 +310,7 @@ void S3L_C0::computeExternalForces(double time) {
 }
 
 void S3L_C0::computeContactForces() {
-    if (contactType != 301 && contactType != 302) return;
-    contactTriangle->computeContactForces();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->computeContactForces();
-        if (contactLine2) contactLine2->computeContactForces();
-        if (contactLine3) contactLine3->computeContactForces();
-    }
+    contact.computeContactForces();
 }
 
 void S3L_C0::assembleMassMatrix() {
@@ -384,12 +331,7 @@ void S3L_C0::assembleMassMatrix() {
         node.setRayleighDamping(alpha);
         node.addInertia(inertia);
     }
-    if (contactType == 301 || contactType == 302) contactTriangle->assembleMassMatrix();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->assembleMassMatrix();
-        if (contactLine2) contactLine2->assembleMassMatrix();
-        if (contactLine3) contactLine3->assembleMassMatrix();
-    }
+    contact.assembleMassMatrix();
 }
 
 void S3L_C0::setUpIntegration() {
@@ -466,12 +408,7 @@ void S3L_C0::setInitialConditions() {
     material->setInitialConditions(localBasis);
     setUpIntegration();
     deformationGradient = TNT::Array2D<double>(2, 2, 0.0);
-    if (contactType == 301 || contactType == 302) contactTriangle->setInitialConditions();
-    if (contactType == 302) {
-        if (contactLine1) contactLine1->setInitialConditions();
-        if (contactLine2) contactLine2->setInitialConditions();
-        if (contactLine3) contactLine3->setInitialConditions();
-    }
+    contact.setInitialConditions();
 }
 
 double S3L_C0::checkTimestep(double dt) {

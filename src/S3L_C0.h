@@ -30,6 +30,7 @@
 #pragma once
 
 #include "Element.h"
+#include "FaceContact.h"
 
 #include <memory>
 #include <string>
@@ -69,7 +70,7 @@ public:
 
     double getArea() const { return area; }
     double getThickness() const { return thickness; }
-    int getContactType() const { return contactType; }
+    int getContactType() const { return contact.getType(); }
     double getLocalX2() const { return localX2; }
     double getLocalX3() const { return localX3; }
     double getLocalY3() const { return localY3; }
@@ -87,14 +88,10 @@ public:
     const double* getShearStrainRate() const { return shearStrainRate; }
     std::shared_ptr<Material> getMaterial() const { return material; }
     std::shared_ptr<Load> getLoad() const { return load; }
-    std::shared_ptr<ContactTriangle> getContactTriangle() const { return contactTriangle; }
+    std::shared_ptr<ContactTriangle> getContactTriangle() const { return contact.getTriangle(); }
     std::shared_ptr<ContactLine> getContactLine(int i) const;
 
 private:
-    void createContactObjects(const std::vector<std::shared_ptr<Node>>& allNodes,
-                              const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
-                              const std::vector<std::shared_ptr<Material>>& materials,
-                              const std::vector<std::shared_ptr<Load>>& loads);
     void setUpIntegration();
     void buildMatrices();
     void computeRates(double dt);
@@ -128,15 +125,7 @@ private:
     std::shared_ptr<Load> load;
     TNT::Array2D<double> inertia;
     TNT::Array2D<double> localBasis;
-    int contactType;
-    std::shared_ptr<ContactTriangle> contactTriangle;
-    std::shared_ptr<ContactLine> contactLine1;
-    std::shared_ptr<ContactLine> contactLine2;
-    std::shared_ptr<ContactLine> contactLine3;
-    double contactFactor;
-    double friction;
-    bool contactFactorSet;
-    bool frictionSet;
+    FaceContact contact;
     bool nodesSet;
     bool materialSet;
 
