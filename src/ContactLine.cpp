@@ -76,15 +76,7 @@ void ContactLine::parseOstrel(std::vector<Token> tokens, const std::vector<std::
         const std::string word = key.getWord();
         const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
         if (key.isAWord() && word == "NODES") {
-            if (i + 2 >= count)
-                throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
-            std::vector<std::shared_ptr<Node>> found;
-            for (std::size_t k = i + 1; k <= i + 2; ++k) {
-                if (tokens[k].isAWord())
-                    throw std::invalid_argument("Not enough nodes inputs for Element Contact Line");
-                found.push_back(findNode(tokens[k], nodeMap));
-            }
-            nodes = found;
+            nodes = readNodes(tokens, i, 2, "Not enough nodes inputs for Element Contact Line", nodeMap);
             nodesSet = true;
             i += 3;
         } else if (key.isAWord() && word == "R" && numberFollows) {

@@ -66,15 +66,7 @@ void ContactTriangle::parseOstrel(std::vector<Token> tokens, const std::vector<s
         const std::string word = key.getWord();
         const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
         if (key.isAWord() && word == "NODES") {
-            if (i + 3 >= count)
-                throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
-            std::vector<std::shared_ptr<Node>> found;
-            for (std::size_t k = i + 1; k <= i + 3; ++k) {
-                if (tokens[k].isAWord())
-                    throw std::invalid_argument("Not enough nodes inputs for Element Contact_Triangle");
-                found.push_back(findNode(tokens[k], nodeMap));
-            }
-            nodes = found;
+            nodes = readNodes(tokens, i, 3, "Not enough nodes inputs for Element Contact_Triangle", nodeMap);
             for (int k = 0; k < 3; ++k)
                 nodePointers[k] = nodes[k].get();
             nodesSet = true;

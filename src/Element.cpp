@@ -66,3 +66,15 @@ void Element::calculateLocalBasis(double x1, double y1, double z1, double x2, do
     basis[1][1] = nz * e1x - nx * e1z;
     basis[1][2] = nx * e1y - ny * e1x;
 }
+
+std::vector<std::shared_ptr<Node>>
+Element::readNodes(const std::vector<Token>& tokens, std::size_t i, std::size_t count,
+                   const char* shortMessage, const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap) {
+    if (i + count >= tokens.size()) throw std::invalid_argument(shortMessage);
+    std::vector<std::shared_ptr<Node>> found;
+    for (std::size_t k = i + 1; k <= i + count; ++k) {
+        if (tokens[k].isAWord()) throw std::invalid_argument(shortMessage);
+        found.push_back(findNode(tokens[k], nodeMap));
+    }
+    return found;
+}
