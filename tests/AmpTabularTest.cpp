@@ -1,5 +1,6 @@
 #include "AmpTabular.h"
 #include "AmplitudeLibrary.h"
+#include "TestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -7,12 +8,7 @@
 
 namespace {
 
-std::vector<Token> tokens(std::initializer_list<const char*> texts) {
-    std::vector<Token> out;
-    for (const char* t : texts)
-        out.emplace_back(std::string(t));
-    return out;
-}
+using testutil::tokens;
 
 std::shared_ptr<Amplitude> table(std::initializer_list<const char*> texts, const std::string& name = "RAMP") {
     auto a = AmplitudeLibrary::getAmplitudeOstrel("TABULAR");

@@ -2,6 +2,7 @@
 #include "AmpTabular.h"
 #include "ConstraintLibrary.h"
 #include "Node.h"
+#include "TestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -9,21 +10,8 @@
 
 namespace {
 
-std::vector<Token> tokens(std::initializer_list<const char*> texts) {
-    std::vector<Token> out;
-    for (const char* t : texts)
-        out.emplace_back(std::string(t));
-    return out;
-}
-
-std::vector<std::shared_ptr<Amplitude>> ramp() {
-    auto a = std::make_shared<AmpTabular>();
-    std::string name = "RAMP";
-    a->setName(name);
-    a->parseOstrel(tokens({"VALUES", "0", "0", "1", "1"}));
-    a->setInitialConditions();
-    return {a};
-}
+using testutil::ramp;
+using testutil::tokens;
 
 std::shared_ptr<Constraint> condition(std::initializer_list<const char*> texts) {
     auto c = ConstraintLibrary::getConstraintOstrel("BOUNDARY_CONDITION");

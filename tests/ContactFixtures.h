@@ -3,6 +3,8 @@
 // neighbour chain the model keeps, and a check of a node's contact force.
 #pragma once
 
+#include "TestUtil.h"
+
 #include "Element.h"
 #include "Load.h"
 #include "Material.h"
@@ -21,14 +23,7 @@
 
 namespace contact_test {
 
-inline std::vector<Token> tokens(const std::string& text) {
-    std::vector<Token> out;
-    std::istringstream in(text);
-    std::string word;
-    while (in >> word)
-        out.emplace_back(word);
-    return out;
-}
+using testutil::tokens;
 
 // Message of the exception of type E thrown by f, or a marker if none.
 template <class E = std::exception> std::string messageOf(const std::function<void()>& f) {

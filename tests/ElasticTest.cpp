@@ -1,5 +1,6 @@
 #include "Elastic.h"
 #include "MaterialLibrary.h"
+#include "TestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -8,12 +9,7 @@
 
 namespace {
 
-std::vector<Token> tokens(std::initializer_list<const char*> texts) {
-    std::vector<Token> out;
-    for (const char* t : texts)
-        out.emplace_back(std::string(t));
-    return out;
-}
+using testutil::tokens;
 
 std::string initError(Material& m) {
     TNT::Array2D<double> basis(3, 3, 0.0);

@@ -1,5 +1,6 @@
 #include "Load.h"
 #include "AmpTabular.h"
+#include "TestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -7,21 +8,8 @@
 
 namespace {
 
-std::vector<Token> tokens(std::initializer_list<const char*> texts) {
-    std::vector<Token> out;
-    for (const char* t : texts)
-        out.emplace_back(std::string(t));
-    return out;
-}
-
-std::vector<std::shared_ptr<Amplitude>> ramp() {
-    auto a = std::make_shared<AmpTabular>();
-    std::string name = "RAMP";
-    a->setName(name);
-    a->parseOstrel(tokens({"VALUES", "0", "0", "1", "1"}));
-    a->setInitialConditions();
-    return {a};
-}
+using testutil::ramp;
+using testutil::tokens;
 
 std::string parseError(std::initializer_list<const char*> texts) {
     Load l;

@@ -3,6 +3,8 @@
 // of a strain energy with respect to C.
 #pragma once
 
+#include "TestUtil.h"
+
 #include "Material.h"
 #include "TntExtras.h"
 #include "Token.h"
@@ -17,15 +19,7 @@
 
 namespace mattest {
 
-// Tokens of a parameter list written with blanks, classified as the deck does.
-inline std::vector<Token> tokens(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<Token> out;
-    std::string word;
-    while (in >> word)
-        out.emplace_back(word);
-    return out;
-}
+using testutil::tokens;
 
 inline TNT::Array2D<double> mat2(double a00, double a01, double a10, double a11) {
     TNT::Array2D<double> m(2, 2);

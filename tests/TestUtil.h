@@ -2,11 +2,16 @@
 // end-to-end runs of the built program.
 #pragma once
 
+#include "AmpTabular.h"
+#include "Token.h"
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
@@ -16,6 +21,34 @@
 namespace testutil {
 
 namespace fs = std::filesystem;
+
+// Tokens of a parameter list written with blanks, classified as the deck does.
+inline std::vector<Token> tokens(const std::string& text) {
+    std::istringstream in(text);
+    std::vector<Token> out;
+    std::string word;
+    while (in >> word)
+        out.emplace_back(word);
+    return out;
+}
+
+// The same, given word by word.
+inline std::vector<Token> tokens(std::initializer_list<const char*> words) {
+    std::vector<Token> out;
+    for (const char* w : words)
+        out.emplace_back(std::string(w));
+    return out;
+}
+
+// A tabular amplitude RAMP rising from 0 at time 0 to 1 at time 1, ready to use.
+inline std::vector<std::shared_ptr<Amplitude>> ramp() {
+    auto a = std::make_shared<AmpTabular>();
+    std::string name = "RAMP";
+    a->setName(name);
+    a->parseOstrel(tokens({"VALUES", "0", "0", "1", "1"}));
+    a->setInitialConditions();
+    return {a};
+}
 
 // A fresh, empty directory under the test's working directory (the build
 // tree), so that separate builds never share scratch files.
