@@ -110,15 +110,18 @@ void Membrane3::computeJacobian() {
 
     const double u1 = ax / la, u2 = ay / la, u3 = az / la;
     const double w1 = nx / ln, w2 = ny / ln, w3 = nz / ln;
-    e1[0] = u1;
-    e1[1] = u2;
-    e1[2] = u3;
-    e2[0] = w2 * u3 - w3 * u2;
-    e2[1] = w3 * u1 - w1 * u3;
-    e2[2] = w1 * u2 - w2 * u1;
-    e3[0] = w1;
-    e3[1] = w2;
-    e3[2] = w3;
+    // The frame, row by row into the basis: e1 along edge 1-2, e3 the unit
+    // normal, e2 = e3 x e1 (the arithmetic of calculateLocalBasis).
+    double* e = lawData + kBasis;
+    e[0] = u1;
+    e[1] = u2;
+    e[2] = u3;
+    e[3] = w2 * u3 - w3 * u2;
+    e[4] = w3 * u1 - w1 * u3;
+    e[5] = w1 * u2 - w2 * u1;
+    e[6] = w1;
+    e[7] = w2;
+    e[8] = w3;
 
     area = 0.5 * ln;
     jacobian[0][0] = la;
@@ -126,13 +129,6 @@ void Membrane3::computeJacobian() {
     jacobian[1][0] = 0.0;
     jacobian[1][1] = ln / la;
     detJacobian = jacobian[1][1] * jacobian[0][0];
-
-    double* basis = lawData + kBasis;
-    for (int j = 0; j < 3; ++j) {
-        basis[j] = e1[j];
-        basis[3 + j] = e2[j];
-        basis[6 + j] = e3[j];
-    }
     basisCurrent = true;
 }
 
@@ -220,8 +216,8 @@ void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
     const double* b0 = shapeDerivatives[0];
     const double* b1 = shapeDerivatives[1];
     const double* b2 = shapeDerivatives[2];
-    const double* u = e1;
-    const double* v = e2;
+    const double* u = lawData + kBasis;     // e1
+    const double* v = lawData + kBasis + 3; // e2
     double* f = internalForce;
     for (int a = 0; a < 3; ++a) {
         const int cx = 2 * a, cy = 2 * a + 1;
@@ -239,6 +235,7 @@ void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
 void Membrane3::computeExternalForces(double time) {
     if (!load) return;
     const double f = load->getPressure(time) * area / 3.0;
+    const double* e3 = lawData + kBasis + 6;
     const double fx = f * e3[0], fy = f * e3[1], fz = f * e3[2];
     for (int a = 0; a < 3; ++a)
         node(a).addExternalForce(fx, fy, fz);

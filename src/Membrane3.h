@@ -103,7 +103,6 @@ private:
     double jacobian[2][2] = {};
     double initialJacobianInverse[2][2] = {};
     double shapeDerivatives[3][6] = {};
-    double e1[3] = {}, e2[3] = {}, e3[3] = {};
     double detJacobian = 0.0;
     bool nodesSet = false;
     bool materialSet = false;
