@@ -21,6 +21,18 @@ void* allocate(std::size_t size) {
     return p;
 }
 
+void* allocateAligned(std::size_t size, std::align_val_t align) {
+    const std::size_t alignment = static_cast<std::size_t>(align);
+    // aligned_alloc wants a size that is a multiple of the alignment.
+    const std::size_t rounded = ((size ? size : 1) + alignment - 1) / alignment * alignment;
+    void* p = std::aligned_alloc(alignment, rounded);
+    if (!p) throw std::bad_alloc();
+    ++allocations;
+    liveBytes += static_cast<std::int64_t>(malloc_usable_size(p));
+    if (liveBytes > peakBytes) peakBytes = liveBytes;
+    return p;
+}
+
 void release(void* p) noexcept {
     if (!p) return;
     liveBytes -= static_cast<std::int64_t>(malloc_usable_size(p));
@@ -56,6 +68,45 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     } catch (...) {
         return nullptr;
     }
+}
+// Over-aligned types (nodes, materials) come through the aligned forms.
+void* operator new(std::size_t size, std::align_val_t align) {
+    return allocateAligned(size, align);
+}
+void* operator new[](std::size_t size, std::align_val_t align) {
+    return allocateAligned(size, align);
+}
+void* operator new(std::size_t size, std::align_val_t align, const std::nothrow_t&) noexcept {
+    try {
+        return allocateAligned(size, align);
+    } catch (...) {
+        return nullptr;
+    }
+}
+void* operator new[](std::size_t size, std::align_val_t align, const std::nothrow_t&) noexcept {
+    try {
+        return allocateAligned(size, align);
+    } catch (...) {
+        return nullptr;
+    }
+}
+void operator delete(void* p, std::align_val_t) noexcept {
+    release(p);
+}
+void operator delete[](void* p, std::align_val_t) noexcept {
+    release(p);
+}
+void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
+    release(p);
+}
+void operator delete[](void* p, std::size_t, std::align_val_t) noexcept {
+    release(p);
+}
+void operator delete(void* p, std::align_val_t, const std::nothrow_t&) noexcept {
+    release(p);
+}
+void operator delete[](void* p, std::align_val_t, const std::nothrow_t&) noexcept {
+    release(p);
 }
 void operator delete(void* p) noexcept {
     release(p);

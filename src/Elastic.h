@@ -31,6 +31,12 @@ public:
     void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
                          TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) override;
     std::shared_ptr<Material> copyMat() override;
+    // Asks the processor to start loading what a rod's step reads: the
+    // modulus and the bar speed (a hint only).
+    void prefetchFor1D() const {
+        __builtin_prefetch(&youngsModulus);
+        __builtin_prefetch(&barSpeed);
+    }
 
     // Fills the 6x6 plane-stress matrix D from E and nu.
     void setPlaneStressModulus();

@@ -12,6 +12,20 @@ Element::Element() : number(0), numberOfNodes(0) {}
 
 Element::~Element() = default;
 
+void Element::runStep(double dt, double time, bool automaticStep, double& candidateStep) {
+    updateLocalCoordinateSystem();
+    const int points = getNumberOfIntegrationPoints();
+    for (int ip = 0; ip < points; ++ip) {
+        computeStrain(dt, ip);
+        computeStress(dt, ip);
+    }
+    for (int ip = 0; ip < points; ++ip)
+        computeInternalForces(dt, ip);
+    computeExternalForces(time);
+    computeContactForces();
+    if (automaticStep) candidateStep = checkTimestep(candidateStep);
+}
+
 std::string Element::printVTK(int what, int /*component*/) {
     if (what == 0) return vtkCellType + "\n";
     if (what == 1) {

@@ -44,6 +44,13 @@ public:
     // elements ahead, so that the element's memory, its material and its
     // nodes arrive while the elements before it are worked on.
     virtual void prefetchForStep() const {}
+    // One element's share of an increment, in the loop's order: basis
+    // update; strain then stress at every integration point; forces at
+    // every point; external and contact forces; and, with an automatic
+    // step, the stable-step estimate, which lowers `candidateStep`. An
+    // element type may override it to run the same operations with direct
+    // calls, so that what one operation leaves in registers serves the next.
+    virtual void runStep(double dt, double time, bool automaticStep, double& candidateStep);
 
     int getNumber() const { return number; }
     void setNumber(int n) { number = n; }

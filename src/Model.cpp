@@ -281,18 +281,7 @@ void Model::step(double& candidateStep, bool clearForces) {
         elements[i]->prefetchForStep();
     for (std::size_t i = 0; i < elementCount; ++i) {
         if (i + elementsAhead < elementCount) elements[i + elementsAhead]->prefetchForStep();
-        Element& e = *elements[i];
-        e.updateLocalCoordinateSystem();
-        const int points = e.getNumberOfIntegrationPoints();
-        for (int ip = 0; ip < points; ++ip) {
-            e.computeStrain(dt, ip);
-            e.computeStress(dt, ip);
-        }
-        for (int ip = 0; ip < points; ++ip)
-            e.computeInternalForces(dt, ip);
-        e.computeExternalForces(currentTime);
-        e.computeContactForces();
-        if (automaticTimeStep) candidateStep = e.checkTimestep(candidateStep);
+        elements[i]->runStep(dt, currentTime, automaticTimeStep, candidateStep);
     }
     internalEnergy = 0.0;
     kineticEnergy = 0.0;

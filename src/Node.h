@@ -21,7 +21,9 @@ class Constraint;
 class Load;
 class ContactLine;
 
-class Node {
+// Aligned to a cache line, so that the state block and the parts of it that
+// the element pass and the update touch fill whole lines.
+class alignas(64) Node {
 public:
     Node();
     // Copies the state; the copy's arrays view its own storage.

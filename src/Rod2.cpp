@@ -253,7 +253,23 @@ void Rod2::prefetchForStep() const {
     // after it are not read by a step.
     prefetchBytes(this, static_cast<std::size_t>(reinterpret_cast<const char*>(storage.strainIncrement + 1) -
                                                  reinterpret_cast<const char*>(this)));
-    prefetchBytes(material.get(), 256);
+    if (elastic)
+        elastic->prefetchFor1D();
+    else
+        prefetchBytes(material.get(), 256);
     if (node1) node1->prefetchForElements();
     if (node2) node2->prefetchForElements();
+}
+
+void Rod2::runStep(double dt, double time, bool automaticStep, double& candidateStep) {
+    // The same operations as the general sequence, one integration point,
+    // called directly: the length, axis and stress stay in registers from
+    // one to the next.
+    Rod2::updateLocalCoordinateSystem();
+    Rod2::computeStrain(dt, 0);
+    Rod2::computeStress(dt, 0);
+    Rod2::computeInternalForces(dt, 0);
+    Rod2::computeExternalForces(time);
+    Rod2::computeContactForces();
+    if (automaticStep) candidateStep = Rod2::checkTimestep(candidateStep);
 }

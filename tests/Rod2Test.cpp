@@ -287,3 +287,40 @@ TEST(Rod2Test, PrintsForTheResultFileAndTheDiagnosticHook) {
     EXPECT_EQ(testing::internal::GetCapturedStdout().rfind(" Rod2 ->parse_Ostrel method. Adress : ", 0), 0u);
     EXPECT_TRUE(bare.getContactLine());
 }
+
+TEST(Rod2Test, WholeStepMatchesTheOperationsOneByOne) {
+    // Two identical rods, one advanced operation by operation through the
+    // virtual interface, the other by runStep: every value must agree to the
+    // last bit, including the stable step it reports.
+    RodFixture a({{0.2, -0.1, 0.3}, {1.4, 0.9, -0.2}});
+    RodFixture b({{0.2, -0.1, 0.3}, {1.4, 0.9, -0.2}});
+    auto ra = a.ready();
+    auto rb = b.ready();
+    const double places[3][3] = {{1.5, 1.0, -0.1}, {1.3, 0.7, -0.4}, {1.6, 1.2, 0.1}};
+    double stepA = 1.0, stepB = 1.0;
+    for (const auto& p : places) {
+        place(*a.nodes[1], p[0], p[1], p[2]);
+        place(*b.nodes[1], p[0], p[1], p[2]);
+        Element& ea = *ra;
+        ea.updateLocalCoordinateSystem();
+        ea.computeStrain(1e-6, 0);
+        ea.computeStress(1e-6, 0);
+        ea.computeInternalForces(1e-6, 0);
+        ea.computeExternalForces(0.0);
+        ea.computeContactForces();
+        stepA = ea.checkTimestep(stepA);
+        rb->runStep(1e-6, 0.0, true, stepB);
+        EXPECT_EQ(stepA, stepB);
+        EXPECT_EQ(ra->getLength(), rb->getLength());
+        EXPECT_EQ(ra->getArea(), rb->getArea());
+        EXPECT_EQ(ra->getStrain()[0], rb->getStrain()[0]);
+        EXPECT_EQ(ra->getStress()[0], rb->getStress()[0]);
+        for (int n = 0; n < 2; ++n)
+            for (int j = 0; j < 3; ++j)
+                EXPECT_EQ(a.nodes[n]->getForce()[j], b.nodes[n]->getForce()[j]);
+    }
+    // Without the automatic step the candidate is left alone.
+    double untouched = 5.0;
+    rb->runStep(1e-6, 0.0, false, untouched);
+    EXPECT_EQ(untouched, 5.0);
+}
