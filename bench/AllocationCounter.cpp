@@ -69,7 +69,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
         return nullptr;
     }
 }
-// Over-aligned types (nodes, materials) come through the aligned forms.
+// Over-aligned types come through the aligned forms: counted the same way.
 void* operator new(std::size_t size, std::align_val_t align) {
     return allocateAligned(size, align);
 }

@@ -11,9 +11,7 @@
 #include <string>
 #include <vector>
 
-// Every law starts on a cache line: an element's private copy is read once
-// per step, and its first parameters then share as few lines as they can.
-class alignas(64) Material {
+class Material {
 public:
     virtual ~Material() = default;
 

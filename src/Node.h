@@ -21,9 +21,7 @@ class Constraint;
 class Load;
 class ContactLine;
 
-// Aligned to a cache line, so that the state block and the parts of it that
-// the element pass and the update touch fill whole lines.
-class alignas(64) Node {
+class Node {
 public:
     Node();
     // Copies the state; the copy's arrays view its own storage.
