@@ -5,6 +5,7 @@
 #include "Load.h"
 
 #include <cmath>
+#include <cstring>
 #include <iostream>
 #include <stdexcept>
 
@@ -245,25 +246,59 @@ void Node::determineMassMatrix() {
     inverseInertia.inject(inverse);
 }
 
-// GCC packs the six-component loops below into vector loads that read back
-// values just stored one by one, which stalls each load until the stores
-// have drained; the scalar code is faster.
-#if defined(__GNUC__) && !defined(__clang__)
-__attribute__((optimize("no-tree-vectorize")))
-#endif
+namespace {
+// Six components held as a lane of four and a lane of two, so that a
+// vector is read or written with two instructions instead of six. Every
+// lane does exactly the arithmetic of the scalar formula, in the same
+// order, so the results are the same to the last bit.
+typedef double Lanes4 __attribute__((vector_size(32)));
+typedef double Lanes2 __attribute__((vector_size(16)));
+struct Six {
+    Lanes4 lo;
+    Lanes2 hi;
+};
+inline Six read(const double* p) {
+    Six v;
+    std::memcpy(&v.lo, p, sizeof v.lo);
+    std::memcpy(&v.hi, p + 4, sizeof v.hi);
+    return v;
+}
+inline void write(double* p, const Six& v) {
+    std::memcpy(p, &v.lo, sizeof v.lo);
+    std::memcpy(p + 4, &v.hi, sizeof v.hi);
+}
+inline Six operator+(const Six& a, const Six& b) {
+    return {a.lo + b.lo, a.hi + b.hi};
+}
+inline Six operator*(double k, const Six& a) {
+    return {k * a.lo, k * a.hi};
+}
+inline Six operator*(const Six& a, const Six& b) {
+    return {a.lo * b.lo, a.hi * b.hi};
+}
+// Sum of the six components from the first to the last, starting at 0.
+inline double sumInOrder(const Six& v) {
+    double sum = 0.0;
+    sum += v.lo[0];
+    sum += v.lo[1];
+    sum += v.lo[2];
+    sum += v.lo[3];
+    sum += v.hi[0];
+    sum += v.hi[1];
+    return sum;
+}
+} // namespace
+
 void Node::computeNewPosition(double dt, double t) {
-    // The new accelerations, velocities and forces stay in registers and are
-    // stored once: reading back a vector just written element by element
-    // would wait for the stores to drain.
+    // The state is read and written whole vectors at a time, and the new
+    // accelerations, velocities and forces stay in registers until they are
+    // stored once.
     State& s = state;
-    double fExt[6], fInt[6];
-    for (int i = 0; i < 6; ++i) {
-        fExt[i] = s.externalForce[i];
-        fInt[i] = s.internalForce[i];
-        s.previousDisplacement[i] = s.displacement[i];
-        s.previousExternalForce[i] = fExt[i];
-        s.previousInternalForce[i] = fInt[i];
-    }
+    const Six fExt = read(s.externalForce);
+    const Six fInt = read(s.internalForce);
+    write(s.previousDisplacement, read(s.displacement));
+    write(s.previousExternalForce, fExt);
+    write(s.previousInternalForce, fInt);
 
     if (load) {
         const TNT::Array1D<double> l = load->getLoad(t);
@@ -271,11 +306,15 @@ void Node::computeNewPosition(double dt, double t) {
             for (int i = 0; i < 6; ++i)
                 s.force[i] += l[i];
     }
+    const double* F = s.force;
 
-    double a[6];
     const double m = mass, c = rayleighDamping;
-    for (int i = 0; i < 3; ++i)
-        a[i] = s.force[i] / m - s.previousVelocity[i] * c;
+    Lanes4 vp;
+    std::memcpy(&vp, s.previousVelocity, sizeof vp);
+    Lanes4 F4;
+    std::memcpy(&F4, F, sizeof F4);
+    // a = F/m - vp c; the fourth lane is not used.
+    const Lanes4 translation = F4 / m - vp * c;
 
     // Euler's equations for the rotations: J dw/dt = M - w x (J w)
     const double* J = s.inertia;
@@ -284,58 +323,48 @@ void Node::computeNewPosition(double dt, double t) {
     const double h0 = J[0] * w0 + J[1] * w1 + J[2] * w2;
     const double h1 = J[3] * w0 + J[4] * w1 + J[5] * w2;
     const double h2 = J[6] * w0 + J[7] * w1 + J[8] * w2;
-    const double M0 = s.force[3] - (w1 * h2 - w2 * h1);
-    const double M1 = s.force[4] - (w2 * h0 - w0 * h2);
-    const double M2 = s.force[5] - (w0 * h1 - w1 * h0);
-    a[3] = K[0] * M0 + K[1] * M1 + K[2] * M2;
-    a[4] = K[3] * M0 + K[4] * M1 + K[5] * M2;
-    a[5] = K[6] * M0 + K[7] * M1 + K[8] * M2;
+    const double M0 = F[3] - (w1 * h2 - w2 * h1);
+    const double M1 = F[4] - (w2 * h0 - w0 * h2);
+    const double M2 = F[5] - (w0 * h1 - w1 * h0);
+    Six a;
+    a.lo = Lanes4{translation[0], translation[1], translation[2], K[0] * M0 + K[1] * M1 + K[2] * M2};
+    a.hi = Lanes2{K[3] * M0 + K[4] * M1 + K[5] * M2, K[6] * M0 + K[7] * M1 + K[8] * M2};
 
     if (load) {
         const TNT::Array1D<double> acc = load->getAcc(t);
-        if (acc.dim1() == 6)
+        if (acc.dim1() == 6) {
+            double extra[6];
             for (int i = 0; i < 6; ++i)
-                a[i] += acc[i];
+                extra[i] = acc[i];
+            a = a + read(extra);
+        }
     }
-    for (int i = 0; i < 6; ++i)
-        s.acceleration[i] = a[i];
+    write(s.acceleration, a);
     if (constraint) {
         constraint->applyAccelerationConditions(this, t);
-        for (int i = 0; i < 6; ++i)
-            a[i] = s.acceleration[i];
+        a = read(s.acceleration);
     }
 
     const double dtPrev = previousStep;
     previousStep = dt;
     averageStep = 0.5 * (dtPrev + dt);
 
-    double vn[3];
-    for (int i = 0; i < 3; ++i)
-        vn[i] = s.previousVelocity[i] + 0.5 * dt * a[i];
-    double v[6];
-    for (int i = 0; i < 6; ++i) {
-        v[i] = s.velocity[i] + averageStep * a[i];
-        s.velocity[i] = v[i];
-        s.previousVelocity[i] = v[i];
-        const double u = s.displacement[i] + dt * v[i];
-        s.displacement[i] = u;
-        s.position[i] = s.origin[i] + u;
-    }
+    const Lanes4 vn = vp + 0.5 * dt * a.lo;
+    Six v = read(s.velocity) + averageStep * a;
+    write(s.velocity, v);
+    write(s.previousVelocity, v);
+    const Six u = read(s.displacement) + dt * v;
+    write(s.displacement, u);
+    write(s.position, read(s.origin) + u);
     if (constraint) {
         constraint->applyVelocityConditions(this, t);
-        for (int i = 0; i < 6; ++i)
-            v[i] = s.velocity[i];
+        v = read(s.velocity);
     }
 
     // The previous-force copies were taken above, so each pair sums to twice
     // the force of this step.
     const double half = 0.5 * dt;
-    double work = 0.0, internal = 0.0;
-    for (int i = 0; i < 6; ++i) {
-        work += (fExt[i] + fExt[i]) * v[i];
-        internal += (fInt[i] + fInt[i]) * v[i];
-    }
-    externalWork += half * work;
-    internalEnergy -= half * internal;
+    externalWork += half * sumInOrder((fExt + fExt) * v);
+    internalEnergy -= half * sumInOrder((fInt + fInt) * v);
     kineticEnergy = 0.5 * m * (vn[0] * vn[0] + vn[1] * vn[1] + vn[2] * vn[2]);
 }
