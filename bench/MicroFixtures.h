@@ -75,22 +75,11 @@ struct Mesh {
     }
 };
 
-// Runs the per-step element operations of the explicit loop on every element.
+// Runs the per-step element operations of the explicit loop on every
+// element, through the same call the loop makes.
 inline void elementPass(std::vector<std::shared_ptr<Element>>& elements, double dt, double& candidate) {
-    for (auto& element : elements) {
-        Element& e = *element;
-        e.updateLocalCoordinateSystem();
-        const int points = e.getNumberOfIntegrationPoints();
-        for (int ip = 0; ip < points; ++ip) {
-            e.computeStrain(dt, ip);
-            e.computeStress(dt, ip);
-        }
-        for (int ip = 0; ip < points; ++ip)
-            e.computeInternalForces(dt, ip);
-        e.computeExternalForces(0.0);
-        e.computeContactForces();
-        candidate = e.checkTimestep(candidate);
-    }
+    for (auto& element : elements)
+        element->runStep(dt, 0.0, true, candidate);
 }
 
 // Reports time and heap allocations per item (element, node, search).

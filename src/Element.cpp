@@ -13,17 +13,7 @@ Element::Element() : number(0), numberOfNodes(0) {}
 Element::~Element() = default;
 
 void Element::runStep(double dt, double time, bool automaticStep, double& candidateStep) {
-    updateLocalCoordinateSystem();
-    const int points = getNumberOfIntegrationPoints();
-    for (int ip = 0; ip < points; ++ip) {
-        computeStrain(dt, ip);
-        computeStress(dt, ip);
-    }
-    for (int ip = 0; ip < points; ++ip)
-        computeInternalForces(dt, ip);
-    computeExternalForces(time);
-    computeContactForces();
-    if (automaticStep) candidateStep = checkTimestep(candidateStep);
+    runStepAs(*this, dt, time, automaticStep, candidateStep);
 }
 
 std::string Element::printVTK(int what, int /*component*/) {

@@ -52,6 +52,24 @@ public:
     // calls, so that what one operation leaves in registers serves the next.
     virtual void runStep(double dt, double time, bool automaticStep, double& candidateStep);
 
+    // The sequence of runStep on an element seen as type E: through the
+    // table of virtual functions for Element itself, as direct (and
+    // inlinable) calls for a final element type.
+    template <class E>
+    static void runStepAs(E& e, double dt, double time, bool automaticStep, double& candidateStep) {
+        e.updateLocalCoordinateSystem();
+        const int points = e.getNumberOfIntegrationPoints();
+        for (int ip = 0; ip < points; ++ip) {
+            e.computeStrain(dt, ip);
+            e.computeStress(dt, ip);
+        }
+        for (int ip = 0; ip < points; ++ip)
+            e.computeInternalForces(dt, ip);
+        e.computeExternalForces(time);
+        e.computeContactForces();
+        if (automaticStep) candidateStep = e.checkTimestep(candidateStep);
+    }
+
     int getNumber() const { return number; }
     void setNumber(int n) { number = n; }
     int getNumberOfNodes() const { return numberOfNodes; }

@@ -262,14 +262,7 @@ void Rod2::prefetchForStep() const {
 }
 
 void Rod2::runStep(double dt, double time, bool automaticStep, double& candidateStep) {
-    // The same operations as the general sequence, one integration point,
-    // called directly: the length, axis and stress stay in registers from
-    // one to the next.
-    Rod2::updateLocalCoordinateSystem();
-    Rod2::computeStrain(dt, 0);
-    Rod2::computeStress(dt, 0);
-    Rod2::computeInternalForces(dt, 0);
-    Rod2::computeExternalForces(time);
-    Rod2::computeContactForces();
-    if (automaticStep) candidateStep = Rod2::checkTimestep(candidateStep);
+    // The type is final: the operations are called directly, and what one
+    // leaves in registers can serve the next.
+    runStepAs(*this, dt, time, automaticStep, candidateStep);
 }

@@ -19,7 +19,7 @@
 class ContactLine;
 class Elastic;
 
-class Rod2 : public Element {
+class Rod2 final : public Element {
 public:
     Rod2();
     Rod2(const Rod2&) = delete;

@@ -441,3 +441,9 @@ void S3L_C0::prefetchForStep() const {
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
 }
+
+void S3L_C0::runStep(double dt, double time, bool automaticStep, double& candidateStep) {
+    // The type is final: the operations are called directly, and what one
+    // leaves in registers can serve the next.
+    runStepAs(*this, dt, time, automaticStep, candidateStep);
+}

@@ -40,7 +40,7 @@
 class ContactLine;
 class ContactTriangle;
 
-class S3L_C0 : public Element {
+class S3L_C0 final : public Element {
 public:
     S3L_C0();
     S3L_C0(const S3L_C0&) = delete;
@@ -64,6 +64,7 @@ public:
     // Strain (100) and stress (200) components at the first integration point.
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
+    void runStep(double dt, double time, bool automaticStep, double& candidateStep) override;
 
     // Reads the nodes' positions and velocities into the local frame, refreshes A.
     void computeLocalVariables();
