@@ -49,10 +49,14 @@ void nodeUpdate(benchmark::State& state, Attached attached) {
     double energy = 0.0;
     micro::PerItem perNode(state, mesh.nodes.size());
     for (auto _ : state) {
+        // As in the loop, the forces arrive in a pass of their own before
+        // the nodes are updated (also counted here, it is the cheaper part).
+        for (auto& node : mesh.nodes) {
+            node->addInternalForce(1e-6, -2e-6, 3e-6);
+            node->addInternalMoment(1e-9, 0.0, -1e-9);
+        }
         for (auto& node : mesh.nodes) {
             Node& n = *node;
-            n.addInternalForce(1e-6, -2e-6, 3e-6);
-            n.addInternalMoment(1e-9, 0.0, -1e-9);
             n.computeNewPosition(1e-6, t);
             energy += n.getInternalEnergy() + n.getKineticEnergy();
             n.clearNodalForces();
