@@ -2,6 +2,7 @@
 // the nodes of a sheet that lies on the tool, and pushes back those that
 // penetrate it. The sheet's nodes sit 0.05 below the tool surface, inside the
 // contact thickness, so that every search finds and loads a few nodes.
+#include "ErrorChain.h"
 #include "MicroFixtures.h"
 
 #include "Model.h"
@@ -37,17 +38,6 @@ std::string contactDeck(int d) {
                     node(i, j + 1) + " T 0.5 TYPE SHELL\n";
         }
     return deck;
-}
-
-// The messages of a nested exception chain, outermost first.
-std::string chainOf(const std::exception& e) {
-    std::string text = e.what();
-    try {
-        std::rethrow_if_nested(e);
-    } catch (const std::exception& inner) {
-        text += " / " + chainOf(inner);
-    }
-    return text;
 }
 
 void BM_ContactTriangleSearch(benchmark::State& state) {

@@ -14,6 +14,7 @@
 // is given last), model_bytes is the heap the assembled model holds and peak_bytes the
 // most heap held at once from reading the deck to the end of the timed loop.
 #include "AllocationCounter.h"
+#include "ErrorChain.h"
 #include "Model.h"
 
 #include <chrono>
@@ -28,17 +29,6 @@
 namespace {
 double seconds(std::chrono::steady_clock::duration d) {
     return std::chrono::duration<double>(d).count();
-}
-
-// The messages of a nested exception chain, outermost first.
-std::string chainOf(const std::exception& e) {
-    std::string text = e.what();
-    try {
-        std::rethrow_if_nested(e);
-    } catch (const std::exception& inner) {
-        text += " / " + chainOf(inner);
-    }
-    return text;
 }
 
 // Processor time of this process: on a shared machine it counts only the

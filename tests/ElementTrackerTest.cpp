@@ -50,23 +50,17 @@ protected:
 
 TEST_F(ElementTrackerTest, ParseErrorsCarryTheirExactMessages) {
     add(7);
-    const std::pair<const char*, const char*> cases[] = {
-        {"COMPONENT C11 COMPONENT C22", "Tracker direction has been already set"},
-        {"COMPONENT C21", "Input C21 is not recognized"},
-        {"TYPE STRAIN TYPE STRESS", "Tracker type has been already set"},
-        {"TYPE POSITION", "Input POSITION is not a recognized type"},
-        {"ELEMENTS 7 DIRECTION X", "Input DIRECTION is not a tracker parameter"},
-        {"ELEMENTS 7 COMPONENT", "Tracker component is missing"},
-        {"ELEMENTS 7 TYPE", "Tracker type is missing"},
-    };
-    for (const auto& [line, message] : cases) {
-        try {
-            make(line);
-            ADD_FAILURE() << "accepted " << line;
-        } catch (const std::invalid_argument& e) {
-            EXPECT_STREQ(e.what(), message);
-        }
-    }
+    testutil::expectInvalidArguments(
+        {
+            {"COMPONENT C11 COMPONENT C22", "Tracker direction has been already set"},
+            {"COMPONENT C21", "Input C21 is not recognized"},
+            {"TYPE STRAIN TYPE STRESS", "Tracker type has been already set"},
+            {"TYPE POSITION", "Input POSITION is not a recognized type"},
+            {"ELEMENTS 7 DIRECTION X", "Input DIRECTION is not a tracker parameter"},
+            {"ELEMENTS 7 COMPONENT", "Tracker component is missing"},
+            {"ELEMENTS 7 TYPE", "Tracker type is missing"},
+        },
+        [&](const char* line) { make(line); });
 }
 
 TEST_F(ElementTrackerTest, ComponentNamesFollowTheResultWriterIndices) {
