@@ -308,8 +308,13 @@ void Model::step(double& candidateStep, bool clearForces) {
                 "the material parameters)");
         if (clearForces) n.clearNodalForces();
     }
-    checkNeighbours();
-    if (contactSearch) contactSearch->update(nodes);
+    // The x-ordered chain and the search index exist for the contact
+    // elements alone, and nothing else reads them: a model without contact
+    // leaves them as they are rather than sort its nodes every increment.
+    if (contactSearch) {
+        checkNeighbours();
+        contactSearch->update(nodes);
+    }
     if (automaticTimeStep) timeStep = candidateStep;
 }
 

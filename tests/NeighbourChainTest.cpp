@@ -98,3 +98,30 @@ TEST(NeighbourChain, PairLeftBehindByASinglePassIsRepaired) {
     EXPECT_EQ(order[2]->getNumber(), 1);
     EXPECT_EQ(order[3]->getNumber(), 2);
 }
+
+TEST(NeighbourChain, IncrementsOfAContactModelKeepTheChainSorted) {
+    // Nodes 1 and 2 are driven towards each other and pass at t = 0.5; the
+    // rods carry contact lines, so the loop keeps the chain in x order.
+    contact_test::QuietModel m("chain_loop", "CONTROLS\nRUN FROM 0.0 TO 1.0\nSTEP 0.01\n"
+                                             "CONSTRAINTS TYPE BOUNDARY_CONDITION\n"
+                                             "RIGHT VX 1 VY 0 VZ 0\nLEFT VX -1 VY 0 VZ 0\n"
+                                             "HELD VX 0 VY 0 VZ 0\n"
+                                             "MATERIALS TYPE ELASTIC\nSOFT E 1 NU 0.3 RHO 1\n"
+                                             "NODES\n1 X 0 Y 0 Z 0 CONSTRAINT RIGHT\n"
+                                             "2 X 1 Y 1 Z 0 CONSTRAINT LEFT\n"
+                                             "3 X 5 Y 0 Z 0 CONSTRAINT HELD\n"
+                                             "ELEMENTS TYPE ROD_2\n"
+                                             "1 NODES 1 3 MATERIAL SOFT D 0.01 CONTACT EDGE\n"
+                                             "2 NODES 2 3 MATERIAL SOFT D 0.01 CONTACT EDGE\n");
+    double candidate = 90000.0;
+    for (int i = 0; i < 100; ++i) {
+        m->step(candidate, true);
+        m->advanceTime(true);
+    }
+    EXPECT_NEAR(m->getNodes()[0]->getX_pos(), 1.0, 1e-9);
+    const auto order = chain(*m);
+    ASSERT_EQ(order.size(), 3u);
+    EXPECT_EQ(order[0]->getNumber(), 2);
+    EXPECT_EQ(order[1]->getNumber(), 1);
+    EXPECT_EQ(order[2]->getNumber(), 3);
+}
