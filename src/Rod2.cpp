@@ -111,8 +111,8 @@ double Rod2::elementLength() const {
     const double dz = b.getZ_pos() - a.getZ_pos();
     // A step asks for the length three times from the same positions: the
     // root taken by the basis update serves as long as the axis is the same.
-    const double* d = storage.axis;
-    if (dx == d[0] && dy == d[1] && dz == d[2]) return storage.axisLength;
+    const double* d = axis;
+    if (dx == d[0] && dy == d[1] && dz == d[2]) return axisLength;
     return std::sqrt(dx * dx + dy * dy + dz * dz);
 }
 
@@ -175,16 +175,16 @@ double Rod2::checkTimestep(double dt) {
 void Rod2::updateLocalCoordinateSystem() {
     const Node& a = node1 ? *node1 : *nodes.at(0);
     const Node& b = node2 ? *node2 : *nodes.at(1);
-    double* d = storage.axis;
+    double* d = axis;
     d[0] = b.getX_pos() - a.getX_pos();
     d[1] = b.getY_pos() - a.getY_pos();
     d[2] = b.getZ_pos() - a.getZ_pos();
-    // Row 0, the unit axis, is the only row that carries force: it is formed
-    // here exactly as the full construction forms it, and rows 1 and 2 wait
-    // until someone reads the basis.
+    // Row e1, the unit axis, is the only row that carries force: it is formed
+    // here exactly as the full construction forms it, and the basis waits
+    // until someone reads it.
     const double L = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
-    storage.axisLength = L;
-    double* e1 = storage.localBasis;
+    axisLength = L;
+    double* e1 = unitAxis;
     e1[0] = d[0] / L;
     e1[1] = d[1] / L;
     e1[2] = d[2] / L;
@@ -196,7 +196,7 @@ const TNT::Array2D<double>& Rod2::getLocalBasis() const {
     if (!basisRowsCurrent) {
         // The third point only fixes e2 and e3, which carry no force; it is
         // parallel to the axis for axes along (1, 1, -1).
-        const double* d = storage.axis;
+        const double* d = axis;
         calculateLocalBasis(0.0, 0.0, 0.0, d[0], d[1], d[2], d[2], -d[0], d[1], localBasis);
         basisRowsCurrent = true;
     }
@@ -206,28 +206,26 @@ const TNT::Array2D<double>& Rod2::getLocalBasis() const {
 void Rod2::computeStrain(double /*dt*/, int /*ip*/) {
     length = elementLength();
     const double eps = std::log((length - initialLength) / initialLength + 1.0);
-    storage.strainIncrement[0] = eps - storage.strain[0];
+    axialStrainIncrement = eps - axialStrain;
     area = initialArea * initialLength / length;
 }
 
 void Rod2::computeStress(double /*dt*/, int /*ip*/) {
     if (elastic)
-        elastic->computeStress1D(storage.strain[0], storage.strainIncrement[0], storage.stress[0]);
+        elastic->computeStress1D(axialStrain, axialStrainIncrement, axialStress);
     else
-        material->computeStress1D(storage.strain[0], storage.strainIncrement[0], storage.stress[0]);
+        material->computeStress1D(axialStrain, axialStrainIncrement, axialStress);
 }
 
 void Rod2::computeInternalForces(double /*dt*/, int /*ip*/) {
-    double* local = storage.localForce;
-    local[0] = storage.stress[0] * area;
-    local[1] = 0.0;
-    local[2] = 0.0;
+    // The local force is (N, 0, 0); its other two components stay zero.
+    axialForce = axialStress * area;
     // f = basis^T localForce = N e1. Only the axis row carries force, which
     // keeps the force finite when the auxiliary point leaves e2, e3 undefined.
-    const double* e1 = storage.localBasis;
+    const double* e1 = unitAxis;
     double f[3];
     for (int j = 0; j < 3; ++j)
-        f[j] = e1[j] * local[0];
+        f[j] = e1[j] * axialForce;
     Node& a = node1 ? *node1 : *nodes.at(0);
     Node& b = node2 ? *node2 : *nodes.at(1);
     a.addInternalForce(f[0], f[1], f[2]);
@@ -243,15 +241,17 @@ void Rod2::computeContactForces() {
 }
 
 std::string Rod2::printVTK(int what, int component) {
-    if ((what == 100 || what == 200) && component >= 0 && component < 6)
+    if ((what == 100 || what == 200) && component >= 0 && component < 6) {
+        syncAxialValues();
         return formatValue(what == 100 ? strain[component] : stress[component], false);
+    }
     return Element::printVTK(what, component);
 }
 
 void Rod2::prefetchForStep() const {
-    // Up to the increment of the axial strain; the inertia and the views
-    // after it are not read by a step.
-    prefetchBytes(this, static_cast<std::size_t>(reinterpret_cast<const char*>(storage.strainIncrement + 1) -
+    // Up to the flag after the axial values; the arrays after it are not
+    // read by a step.
+    prefetchBytes(this, static_cast<std::size_t>(reinterpret_cast<const char*>(&basisRowsCurrent + 1) -
                                                  reinterpret_cast<const char*>(this)));
     if (elastic)
         elastic->prefetchFor1D();

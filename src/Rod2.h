@@ -63,38 +63,61 @@ public:
     std::shared_ptr<Material> getMaterial() const { return material; }
     std::shared_ptr<ContactLine> getContactLine() const { return contactLine; }
     const TNT::Array2D<double>& getInertia() const { return inertia; }
-    // Rows e2 and e3 are completed here from the axis of the last basis
-    // update: the loop itself only needs the axis.
+    // The rows are completed here from the axis of the last basis update:
+    // the loop itself only needs the unit axis.
     const TNT::Array2D<double>& getLocalBasis() const;
-    const TNT::Array1D<double>& getStrain() const { return strain; }
-    const TNT::Array1D<double>& getStress() const { return stress; }
+    const TNT::Array1D<double>& getStrain() const {
+        syncAxialValues();
+        return strain;
+    }
+    const TNT::Array1D<double>& getStress() const {
+        syncAxialValues();
+        return stress;
+    }
 
 private:
-    // What a step reads and writes comes first, in the order the step uses
-    // it, so that it fills the fewest cache lines: the nodes, the lengths and
-    // the material, then the axis row of the basis, the force and the axial
-    // components of strain and stress (the rest of each array stays zero).
+    // Copies the axial values of the step into the six-component arrays and
+    // the local force, which are read only for output.
+    void syncAxialValues() const {
+        storage.strain[0] = axialStrain;
+        storage.stress[0] = axialStress;
+        storage.strainIncrement[0] = axialStrainIncrement;
+        storage.localForce[0] = axialForce;
+    }
+
+    // What a step reads and writes sits together, in the order the step uses
+    // it, so that one rod fills the fewest cache lines: the nodes and the
+    // material, the lengths and areas, the axis and its unit vector (row e1
+    // of the basis), and the axial force, strain and stress. Of the strain
+    // and stress arrays only the axial component ever changes; it is copied
+    // there when the arrays are read.
     Node* node1 = nullptr;
     Node* node2 = nullptr;
-    double initialArea = 0.0;
-    double area = 0.0;
-    double initialLength = 0.0;
-    double length = 0.0;
-    std::shared_ptr<Material> material;
     // The private material when it is the linear elastic law: its two
     // operations of a step are then called directly, without the table of
     // virtual functions, and inlined.
     Elastic* elastic = nullptr;
+    double initialArea = 0.0;
+    double area = 0.0;
+    double initialLength = 0.0;
+    double length = 0.0;
+    // d = x2 - x1 at the last basis update, from which the basis follows,
+    // and |d|, always the root of d.d for the d stored here.
+    double axis[3] = {0.0, 0.0, 0.0};
+    double axisLength = 0.0;
+    double axialStrain = 0.0;
+    double axialStress = 0.0;
+    double axialStrainIncrement = 0.0;
+    double axialForce = 0.0;
+    double unitAxis[3] = {0.0, 0.0, 0.0};
     int contactType = 300;
-    // Mutable only so that reading the basis can complete its rows e2, e3.
+    // Mutable only so that reading the basis can complete its rows.
     mutable bool basisRowsCurrent = true;
+
+    std::shared_ptr<Material> material;
     struct Storage {
         double localBasis[9];
         double localForce[3];
-        // d = x2 - x1 at the last basis update, from which e2 and e3 follow,
-        // and |d|, always the root of d.d for the d stored here.
-        double axis[3];
-        double axisLength;
         double strain[6];
         double stress[6];
         double strainIncrement[6];
