@@ -49,7 +49,6 @@ protected:
 
     std::string name;
     std::string type;
-    double youngsModulus = 0.0;
     double density = 0.0;
     double nu = 0.0;
     double alpha = 0.0;
@@ -57,4 +56,7 @@ protected:
     bool densitySet = false;
     bool youngsModulusSet = false;
     bool nuSet = false;
+    // Last, so that a derived law can keep what it reads with the modulus
+    // in the same cache line.
+    double youngsModulus = 0.0;
 };
