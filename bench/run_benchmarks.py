@@ -11,8 +11,9 @@ which builds the model as the program does and then times increments of the
 loop with no output written. Columns:
 
   us/el-step   processor time of one increment divided by the number of
-               elements (nodes, neighbour chain and contact included); the
-               fastest of --repeat runs of the same increments
+               elements (nodes included, and with contact the neighbour
+               chain and the contact search); the fastest of --repeat runs
+               of the same increments
   us/step      processor time of one increment
   allocs/inc   heap allocations per increment (counting operator new)
   KB/el peak   most heap held at once, from reading the deck to the end of
