@@ -105,6 +105,9 @@ private:
     // and |d|, always the root of d.d for the d stored here.
     double axis[3] = {0.0, 0.0, 0.0};
     double axisLength = 0.0;
+    // The axial values stand between the length and the unit axis: stored
+    // side by side, the four results of the basis update were merged by the
+    // compiler into one wide store that cost more than the four.
     double axialStrain = 0.0;
     double axialStress = 0.0;
     double axialStrainIncrement = 0.0;
