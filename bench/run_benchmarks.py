@@ -4,6 +4,17 @@
     python3 bench/run_benchmarks.py            # quick set (about 10^4 elements)
     python3 bench/run_benchmarks.py --full     # 10^4 to 2x10^5 elements
     python3 bench/run_benchmarks.py --only rod # cases whose name contains "rod"
+    python3 bench/run_benchmarks.py --smoke    # tiny cases, one short run each
+    python3 bench/run_benchmarks.py --against OLD/drapex_bench
+                                               # two builds side by side
+
+With --against, every case runs the same increments with both builds in
+turn (A B A B ...), so that the drift of a shared machine hits both alike,
+and the table gives both figures and their ratio.
+
+The smoke mode takes a few seconds and is run by the test command: it checks
+that every case still builds, runs and reports its figures. It never fails
+on a time.
 
 Each case is a deck made by tools/gendeck.py (shells by
 tools/cantilever_deck.py), run by build/bench/drapex_bench,
@@ -68,11 +79,13 @@ def contact_case(div):
              "0.5", "--tool-type", "SOLID", "--end", "1.0", "-o", "{deck}"])
 
 
-def cases(full):
+def cases(full, smoke=False):
     # Sizes: a net of c x c cells has 2c(c+1) rods; a sheet of d x d cells
     # has 2d^2 triangles.
     rod_div = [70, 158, 316] if full else [70]
     sheet_div = [71, 158, 316] if full else [71]
+    if smoke:
+        rod_div, sheet_div = [10], [10]
     out = []
     for c in rod_div:
         out.append(rod_case(c))
@@ -88,12 +101,14 @@ def cases(full):
     # are beyond the processor's caches, so that their ratio shows how the
     # work grows rather than where the model stops fitting in cache.
     contact_div = [71, 142] if not full else [112, 224]
+    if smoke:
+        contact_div = [10]
     for d in contact_div:
         out.append(contact_case(d))
     return out
 
 
-def run_case(command, bench, workdir, seconds, repeat):
+def make_deck(command, workdir):
     deck = os.path.join(workdir, "case.txt")
     generator = command[1]
     if not os.path.exists(generator):
@@ -102,22 +117,28 @@ def run_case(command, bench, workdir, seconds, repeat):
                           text=True)
     if made.returncode != 0:
         return None, "deck generation failed: " + made.stderr.strip().splitlines()[-1]
+    return deck, ""
+
+
+def run_case(deck, benches, workdir, seconds, repeat):
+    """The fastest of `repeat` runs of each build, the builds taking turns."""
     # Other work on the machine only ever adds time: of several runs of the
     # same increments, the fastest is the best estimate of the cost.
-    best = None
+    best = [None] * len(benches)
     increments = None
     for _ in range(repeat):
-        limit = ["--increments", increments] if increments else ["--seconds", str(seconds)]
-        ran = subprocess.run([bench, deck] + limit, capture_output=True, text=True, cwd=workdir)
-        result = None
-        for line in ran.stdout.splitlines():
-            if line.startswith("RESULT "):
-                result = dict(item.split("=", 1) for item in line.split()[1:])
-        if result is None:
-            return None, "failed: " + (ran.stderr.strip() or ran.stdout.strip()[-300:])
-        increments = result["increments"]
-        if best is None or float(result["us_per_element_step"]) < float(best["us_per_element_step"]):
-            best = result
+        for k, bench in enumerate(benches):
+            limit = ["--increments", increments] if increments else ["--seconds", str(seconds)]
+            ran = subprocess.run([bench, deck] + limit, capture_output=True, text=True, cwd=workdir)
+            result = None
+            for line in ran.stdout.splitlines():
+                if line.startswith("RESULT "):
+                    result = dict(item.split("=", 1) for item in line.split()[1:])
+            if result is None:
+                return None, "failed: " + (ran.stderr.strip() or ran.stdout.strip()[-300:])
+            increments = result["increments"]
+            if best[k] is None or float(result["us_per_element_step"]) < float(best[k]["us_per_element_step"]):
+                best[k] = result
     return best, ""
 
 
@@ -128,12 +149,17 @@ def main(argv=None):
     p.add_argument("--seconds", type=float, default=None, help="timed seconds per case (default 1, full 2)")
     p.add_argument("--repeat", type=int, default=3,
                    help="runs per case, the same increments each time; the fastest is reported (default 3)")
+    p.add_argument("--smoke", action="store_true", help="tiny cases, one short run each (a few seconds)")
     p.add_argument("--bench", default=os.path.join(ROOT, "build", "bench", "drapex_bench"))
+    p.add_argument("--against", help="a second drapex_bench (another build) to run side by side")
     args = p.parse_args(argv)
-    args.bench = os.path.abspath(args.bench)
-    if not os.path.exists(args.bench):
-        sys.exit("%s not found: build with -DDRAPEX_BENCH=ON (bash tools/build.sh)" % args.bench)
+    benches = [os.path.abspath(b) for b in [args.bench, args.against] if b]
+    for b in benches:
+        if not os.path.exists(b):
+            sys.exit("%s not found: build with -DDRAPEX_BENCH=ON (bash tools/build.sh)" % b)
     seconds = args.seconds if args.seconds is not None else (2.0 if args.full else 1.0)
+    if args.smoke:
+        seconds, args.repeat = 0.1, 1
 
     header = ("%-18s %-44s %8s %8s %6s %10s %10s %10s %10s %11s" %
               ("case", "element / material", "elements", "nodes", "incs", "us/el-step", "us/step", "allocs/inc",
@@ -141,23 +167,34 @@ def main(argv=None):
     print(header)
     print("-" * len(header))
     contact_steps = []
+    failures = 0
     with tempfile.TemporaryDirectory(prefix="drapex_bench_") as workdir:
-        for name, label, command in cases(args.full):
+        for name, label, command in cases(args.full, args.smoke):
             if args.only and args.only not in name:
                 continue
-            result, note = run_case(command, args.bench, workdir, seconds, args.repeat)
-            if result is None:
+            deck, note = make_deck(command, workdir)
+            results, note = run_case(deck, benches, workdir, seconds, args.repeat) if deck else (None, note)
+            if results is None:
                 print("%-18s %-44s %s" % (name, label, note))
+                failures += note.startswith("failed") or note.startswith("deck generation")
                 continue
-            elements = int(result["elements"])
-            print("%-18s %-44s %8d %8s %6s %10.4f %10.1f %10.2f %10.2f %11.2f" %
-                  (name, label, elements, result["nodes"], result["increments"],
-                   float(result["us_per_element_step"]), float(result["us_per_increment"]),
-                   float(result["allocations_per_increment"]), int(result["peak_bytes"]) / 1024.0 / elements,
-                   int(result["model_bytes"]) / 1024.0 / elements))
+            for k, result in enumerate(results):
+                elements = int(result["elements"])
+                tag = "" if len(results) == 1 else (" (A)" if k == 0 else " (B)")
+                print("%-18s %-44s %8d %8s %6s %10.4f %10.1f %10.2f %10.2f %11.2f" %
+                      ((name + tag)[:18], label, elements, result["nodes"], result["increments"],
+                       float(result["us_per_element_step"]), float(result["us_per_increment"]),
+                       float(result["allocations_per_increment"]), int(result["peak_bytes"]) / 1024.0 / elements,
+                       int(result["model_bytes"]) / 1024.0 / elements))
+            if len(results) == 2:
+                ratio = float(results[0]["us_per_element_step"]) / float(results[1]["us_per_element_step"])
+                print("%-18s A/B = %.3f" % ("", ratio))
             sys.stdout.flush()
             if name == "contact":
-                contact_steps.append((int(result["nodes"]), float(result["us_per_increment"])))
+                contact_steps.append((int(results[0]["nodes"]), float(results[0]["us_per_increment"])))
+    if failures:
+        print("\n%d case(s) failed to run" % failures)
+        return 1
     if len(contact_steps) == 2:
         (n1, t1), (n2, t2) = contact_steps
         print("\ncontact: %d -> %d nodes (x%.1f): time per step x%.2f" % (n1, n2, n2 / n1, t2 / t1))
