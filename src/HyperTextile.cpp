@@ -177,7 +177,8 @@ void HyperTextile::computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<d
     stress[2] = 0.0;
     stress[3] = (t10 * f00 + t11 * f01) * invJ;
 
-    // Yarn log strains and the shear angle in degrees (3.1416 stands in for pi).
+    // Yarn log strains and the shear angle in degrees, converted with 3.1416 for
+    // pi (intended; see the user guide, "Quirks worth knowing").
     strain[0] = 0.5 * ln4a;
     strain[1] = 0.5 * ln4b;
     strain[2] = 1.0;

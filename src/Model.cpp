@@ -37,6 +37,19 @@ std::string scientific(double v) {
     return buf;
 }
 
+// The messages of a failure from the outermost to the innermost, which
+// says what was wrong: "At line 10 --> Input STEP is not recognized".
+std::string failureText(const std::exception& e) {
+    std::string text = e.what();
+    try {
+        std::rethrow_if_nested(e);
+    } catch (const std::exception& inner) {
+        text += " --> " + failureText(inner);
+    } catch (...) {
+    }
+    return text;
+}
+
 double secondsSince(const std::chrono::steady_clock::time_point& start) {
     const auto ns =
         std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - start);
@@ -91,8 +104,15 @@ void Model::initialize() {
             materials.push_back(reader->getNextMaterial());
         reader->rewindFile();
         nodes.reserve(numberOfNodes);
+        std::unordered_map<int, int> nodeLines;
         for (int i = 0; i < numberOfNodes; ++i) {
             auto n = reader->getNextNode(constraints, loads);
+            const auto first = nodeLines.emplace(n->getNumber(), reader->getCurrentLine());
+            if (!first.second)
+                throw std::invalid_argument("Node " + std::to_string(n->getNumber()) +
+                                            " is defined twice: at line " +
+                                            std::to_string(first.first->second) + " and at line " +
+                                            std::to_string(reader->getCurrentLine()));
             nodes.push_back(n);
             nodeMap.emplace(n->getNumber(), n);
         }
@@ -126,7 +146,7 @@ void Model::initialize() {
             throw std::invalid_argument(
                 "No control set: the deck needs a CONTROLS block with at least one line");
     } catch (const std::exception& e) {
-        if (logger) logger->writeError(e.what(), "initialize() method");
+        if (logger) logger->writeError(failureText(e), "initialize() method");
         std::throw_with_nested(std::runtime_error(" --> Initialize method "));
     }
 }
@@ -164,14 +184,14 @@ void Model::assembleMassMatrix() {
         for (auto& e : elements)
             e->assembleMassMatrix();
     } catch (const std::exception& e) {
-        logger->writeError(e.what(), "assembleMatrix() method");
+        logger->writeError(failureText(e), "assembleMatrix() method");
         std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Elements"));
     }
     try {
         for (auto& n : nodes)
             n->determineMassMatrix();
     } catch (const std::exception& e) {
-        logger->writeError(e.what(), "assembleMatrix() method");
+        logger->writeError(failureText(e), "assembleMatrix() method");
         std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Nodes"));
     }
 }
@@ -217,6 +237,11 @@ void Model::setInitialConditions() {
             logger->writeList("Automatic step time: true ", 0);
             for (auto& e : elements)
                 timeStep = e->checkTimestep(timeStep);
+            // Only structural elements bound the step; without one the start
+            // value would stand as the step and end the run in one increment.
+            if (!(timeStep < 1e15))
+                throw std::invalid_argument("No element sets the automatic time step: give STEP a value "
+                                            "greater than 0 in the CONTROLS block");
         } else {
             automaticTimeStep = false;
             timeStep = controlSet->getTimeStep();
@@ -239,7 +264,7 @@ void Model::setInitialConditions() {
         logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
         logger->newLine();
     } catch (const std::exception& e) {
-        logger->writeError(e.what(), "setInitialConditions() method");
+        logger->writeError(failureText(e), "setInitialConditions() method");
         std::throw_with_nested(std::runtime_error(" --> Initial conditions method"));
     }
 }
@@ -247,22 +272,13 @@ void Model::setInitialConditions() {
 void Model::checkNodeNumbering() {
     // The results file addresses points by node number: point k is node k.
     const long count = static_cast<long>(nodes.size());
-    std::vector<char> seen(nodes.size() + 1, 0);
-    long duplicates = 0;
     for (const auto& n : nodes) {
         const long k = n->getNumber();
         if (k < 1 || k > count)
             throw std::invalid_argument("Node numbers must run from 1 to the number of nodes (" +
                                         std::to_string(count) + ") without gaps: node " + std::to_string(k) +
                                         " is out of that range");
-        if (seen[k]) ++duplicates;
-        seen[k] = 1;
     }
-    if (duplicates > 0)
-        logger->writeList(
-            "Warning: " + std::to_string(duplicates) +
-                " node numbers are given twice; elements and trackers use the first node of each number",
-            0);
 }
 
 void Model::step(double& candidateStep, bool clearForces) {
@@ -353,7 +369,8 @@ void Model::solve() {
             advanceTime(!print);
             t = currentTime;
         }
-    } catch (const std::exception&) {
+    } catch (const std::exception& e) {
+        logger->writeError(failureText(e), "solve() method");
         std::throw_with_nested(std::runtime_error(" --> Run method"));
     }
 }

@@ -33,7 +33,8 @@ int OstrelReader::componentCounter(const std::string& keyword) {
     while (std::getline(file, line)) {
         trim(line);
         uppercase(line);
-        const std::string first = line.substr(0, line.find(' '));
+        // A header may be written with tabs as well as blanks.
+        const std::string first = line.substr(0, line.find_first_of(" \t"));
         if (first == keyword) {
             inside = true;
             continue;
@@ -140,7 +141,7 @@ std::shared_ptr<Node> OstrelReader::getNextNode(const std::vector<std::shared_pt
                                                 const std::vector<std::shared_ptr<Load>>& loads) {
     auto node = std::make_shared<Node>();
     std::vector<Token> tokens;
-    if (!nextDataLine({"NODES", nullptr, true, nullptr}, tokens)) return node;
+    if (!nextDataLine({"NODES", nullptr, true, nullptr}, tokens)) throw missingLine("NODES", "a node number");
     // Node lines are not wrapped with their line number, so the message carries it.
     try {
         node->setNumber(componentNumber(tokens.front(), "Node"));

@@ -42,13 +42,15 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
             const Token& second = tokens.at(i + 2);
             if (first.isAWord() || second.isAWord())
                 throw std::invalid_argument("Not enough nodes inputs for Element Rod2");
-            // A repeated NODES replaces the pair, so that the rod never holds
-            // more nodes than its cell line in the results can carry.
-            nodes.clear();
+            // A repeated NODES appends its pair: the rod acts between the first
+            // two nodes and its cell line lists them all (intended; see the
+            // user guide, "Quirks worth knowing").
             for (const Token* t : {&first, &second})
                 nodes.push_back(findNode(*t, nodeMap));
             node1 = nodes[0].get();
             node2 = nodes[1].get();
+            // A cell through more than two points is a poly-line in the results.
+            if (nodes.size() > 2) vtkCellType = "4";
             nodesSet = true;
             i += 3;
         } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {

@@ -106,7 +106,9 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
             numberOfIntegrationPoints = static_cast<int>(v);
             i += 2;
         } else {
-            throw std::invalid_argument("Input " + tokenText(token) + " is not recognized");
+            // A stray number has no word: the message names an empty input
+            // (intended; see the user guide, "Quirks worth knowing").
+            throw std::invalid_argument("Input " + token.getWord() + " is not recognized");
         }
     }
     contact.build(nodes, thickness, allNodes, nodeMap, materials, loads);

@@ -18,10 +18,12 @@ void Tracker::setName(const std::string& n) {
     if (n.find('/') != std::string::npos)
         throw std::invalid_argument("Tracker name " + n + " is not a file name: it may not contain /");
     name = n;
-    // The name is kept whole ("F.1" writes F.1.csv), so that two trackers whose
-    // names differ only after a dot never share one file.
+    // The name takes the place of the deck's file name and ".csv" that of its
+    // extension, so a tracker F.1 writes F.csv (intended; see the user guide,
+    // "Quirks worth knowing").
     csvFile = path;
-    csvFile.replace_filename(n + ".csv");
+    csvFile.replace_filename(n);
+    csvFile.replace_extension(".csv");
     IOFile::init(csvFile);
 }
 

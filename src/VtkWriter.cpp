@@ -41,7 +41,7 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         numberOfCells = static_cast<int>(modelElements.size());
         cellListSize = 0;
         for (const auto& e : modelElements)
-            cellListSize += e->getNumberOfNodes() + 1;
+            cellListSize += static_cast<int>(e->getNodes().size()) + 1;
     }
     const std::filesystem::path target = nextFile();
     file.open(target, std::ios::out | std::ios::trunc);

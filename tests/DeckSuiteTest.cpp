@@ -2,7 +2,8 @@
 // mistake, tests/decks/regress the decks that once crashed, hung or misbehaved
 // under the fuzzer. Each NAME.txt runs end to end in a scratch copy; the run
 // must end with " Exit Drapex" and exit status 0, and its whole standard
-// error must equal NAME.err beside it (empty for a deck that runs cleanly).
+// error must equal NAME.err beside it (empty for a deck that runs cleanly),
+// and the job log must carry the innermost message.
 #include "TestUtil.h"
 
 #include <algorithm>
@@ -49,7 +50,17 @@ TEST_P(DeckSuite, EndsCleanlyWithTheExpectedMessageChain) {
     const RunResult r = runDrapex(deck);
     EXPECT_EQ(r.status, 0);
     EXPECT_TRUE(contains(r.out, "\n Exit Drapex\n"));
-    EXPECT_EQ(r.err, readFile(expected));
+    const std::string err = readFile(expected);
+    EXPECT_EQ(r.err, err);
+    // The job log names what went wrong, not only where: the innermost
+    // message of the chain, the last line on the console.
+    if (!err.empty()) {
+        std::string innermost = err.substr(0, err.size() - 1);
+        innermost = innermost.substr(innermost.rfind('\n') + 1);
+        const std::string prefix = " --> Details: ";
+        if (innermost.compare(0, prefix.size(), prefix) == 0) innermost = innermost.substr(prefix.size());
+        EXPECT_TRUE(contains(readFile(dir / (source.stem().string() + ".md")), innermost)) << innermost;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Malformed, DeckSuite, testing::ValuesIn(decksIn("malformed")), testName);

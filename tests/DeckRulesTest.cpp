@@ -1,0 +1,69 @@
+// Reading rules that show only in a whole run: a rod's second NODES, a
+// tracker name with a dot, a block header written with tabs.
+#include "ResultReadBack.h"
+#include "TestUtil.h"
+
+#include <gtest/gtest.h>
+
+using namespace testutil;
+
+namespace {
+const char* const header = "TITLE\nCONTROLS\nRUN FROM 0 TO 0.0105\nSTEP 0.001\nPRINT EVERY 0.01\n";
+}
+
+TEST(DeckRules, SecondNodesOnARodAppendsAndTheRodActsBetweenTheFirstPair) {
+    // Node 2 is pulled along x; the rod 1-2 holds it, the nodes 3 and 4 named
+    // by the second NODES only join the rod's cell.
+    fs::path deck;
+    const RunResult r =
+        runDeck("rod_second_nodes",
+                std::string(header) + "MATERIALS TYPE ELASTIC\nST E 1E9 NU 0.3 RHO 1000\n"
+                                      "LOADS\nPULL FX 1000\n"
+                                      "NODES\n1 X 0\n2 X 1 LOAD PULL\n3 X 2\n4 X 3\n"
+                                      "ELEMENTS TYPE ROD_2\n1 NODES 1 2 NODES 3 4 D 0.1 MATERIAL ST\n",
+                &deck);
+    ASSERT_EQ(r.err, "");
+    const auto vtk =
+        readback::readVtk(deck.parent_path() / "Results_rod_second_nodes" / "rod_second_nodes_0.vtk");
+    ASSERT_EQ(vtk.cells.size(), 1u);
+    EXPECT_EQ(vtk.cells[0], (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_EQ(vtk.cellTypes[0], 4); // a poly-line: the cell has more than two points
+    // Node 2 moves, held by the rod; nodes 3 and 4 carry no mass and no force.
+    EXPECT_GT(vtk.points[2][0], 1.0);
+    EXPECT_EQ(vtk.points[3][0], 2.0);
+    EXPECT_EQ(vtk.points[4][0], 3.0);
+}
+
+TEST(DeckRules, TrackerNameWithADotWritesItsStemAsTheCsvFile) {
+    fs::path deck;
+    const RunResult r = runDeck("tracker_dot",
+                                std::string(header) + "NODES\n1 X 0\nTRACKERS TYPE NODE\n"
+                                                      "F.1 NODES 1 DIRECTION X TYPE POSITION\n",
+                                &deck);
+    ASSERT_EQ(r.err, "");
+    EXPECT_TRUE(fs::exists(deck.parent_path() / "F.csv"));
+    EXPECT_FALSE(fs::exists(deck.parent_path() / "F.1.csv"));
+}
+
+TEST(DeckRules, BlockHeaderWrittenWithTabsIsRead) {
+    // The same rod deck with blanks and with tabs in every header gives the
+    // same results.
+    const std::string body = "MATERIALS#TYPE#ELASTIC\nST E 1E9 NU 0.3 RHO 1000\nLOADS\nPULL FX 1000\n"
+                             "NODES\n1 X 0\n2 X 1 LOAD PULL\nELEMENTS#TYPE#ROD_2\n"
+                             "1 NODES 1 2 D 0.1 MATERIAL ST\n";
+    std::string blanks = body, tabs = body;
+    for (char& c : blanks)
+        if (c == '#') c = ' ';
+    for (char& c : tabs)
+        if (c == '#') c = '\t';
+    fs::path withBlanks, withTabs;
+    ASSERT_EQ(runDeck("header_blanks", header + blanks, &withBlanks).err, "");
+    ASSERT_EQ(runDeck("header_tabs", header + tabs, &withTabs).err, "");
+    const auto a =
+        readback::readVtk(withBlanks.parent_path() / "Results_header_blanks" / "header_blanks_1.vtk");
+    const auto b = readback::readVtk(withTabs.parent_path() / "Results_header_tabs" / "header_tabs_1.vtk");
+    ASSERT_EQ(a.points.size(), 3u);
+    EXPECT_GT(a.points[2][0], 1.0);
+    EXPECT_EQ(a.points, b.points);
+    EXPECT_EQ(a.scalars, b.scalars);
+}
