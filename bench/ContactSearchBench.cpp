@@ -1,15 +1,11 @@
 // Times the contact search of a deck: a whole increment of the solution loop,
 // and the contact part alone (element basis updates, contact forces and the
-// refresh of the spatial index), then the contact part again with every
-// contact element walking the x-ordered node chain instead of the index.
+// refresh of the search's grid).
 //
-//     ContactSearchBench deck.txt [repeats] [index]
-//
-// ("index" skips the chain walk).
+//     ContactSearchBench deck.txt [repeats]
 //
 // Prints one line: nodes, contact elements, candidate nodes that the
-// triangles visit per step (with the index), and seconds per step (whole
-// step, contact with the index, contact by chain walk).
+// triangles visit per step, and seconds per step (whole step, contact).
 #include "ContactLine.h"
 #include "ContactSearch.h"
 #include "ContactTriangle.h"
@@ -46,11 +42,10 @@ double secondsPer(int repeats, const std::function<void()>& work) {
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::cerr << "usage: ContactSearchBench deck.txt [repeats] [index]\n";
+        std::cerr << "usage: ContactSearchBench deck.txt [repeats]\n";
         return 1;
     }
     const int repeats = argc > 2 ? std::stoi(argv[2]) : 10;
-    const bool walkToo = !(argc > 3 && std::string(argv[3]) == "index");
     std::ostringstream sink;
     std::streambuf* console = std::cout.rdbuf(sink.rdbuf());
     auto model = std::make_unique<Model>(1, argv[1]);
@@ -89,19 +84,11 @@ int main(int argc, char** argv) {
         model->getContactSearch()->update(model->getNodes());
         clear();
     });
-    for (ContactTriangle* t : triangles)
-        t->setContactSearch(nullptr);
-    for (ContactLine* l : lines)
-        l->setContactSearch(nullptr);
-    const double walked = secondsPer(walkToo ? repeats : 0, [&]() {
-        contactForces();
-        clear();
-    });
     const std::size_t nodeCount = model->getNodes().size();
     model.reset();
     std::cout.rdbuf(console);
     std::printf("%zu nodes, %zu contact elements, %ld triangle candidates; seconds per step: whole %.3e, "
-                "contact %.3e (index), %.3e (chain walk)\n",
-                nodeCount, triangles.size() + lines.size(), visits, wholeStep, indexed, walked);
+                "contact %.3e\n",
+                nodeCount, triangles.size() + lines.size(), visits, wholeStep, indexed);
     return 0;
 }

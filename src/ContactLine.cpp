@@ -39,8 +39,6 @@ constexpr double parallel_limit_ = 1e-15;
 // could otherwise let a line cross exactly at a node between two segments.
 constexpr double end_tolerance_ = 1e-12;
 
-unsigned long search_counter_ = 0;
-
 inline void crossProduct(const double* a, const double* b, double* c) {
     c[0] = a[1] * b[2] - a[2] * b[1];
     c[1] = a[2] * b[0] - a[0] * b[2];
@@ -59,10 +57,6 @@ ContactLine::ContactLine() : direction(3, 0.0), contactParameters(3, 0.0) {
 
 ContactLine::~ContactLine() {
     if (search) search->removeLine(this);
-}
-
-unsigned long ContactLine::nextSearchMark() {
-    return ++search_counter_;
 }
 
 void ContactLine::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>&,
@@ -107,19 +101,13 @@ void ContactLine::setInitialConditions() {
     if (!frictionSet) friction = 0.0;
     if (!radiusSet) radius = 0.1;
     setBoundingBox();
-    // Line-to-line contact finds this line through its nodes.
-    if (!attached) {
-        nodes[0]->addContactLine(this);
-        nodes[1]->addContactLine(this);
-        attached = true;
-    }
-    if (!search) setContactSearch(ContactSearch::active());
 }
 
-void ContactLine::setContactSearch(std::shared_ptr<ContactSearch> index) {
+void ContactLine::attachContactSearch(ContactSearch& index) {
+    if (search == &index) return;
     if (search) search->removeLine(this);
-    search = std::move(index);
-    if (search) search->addLine(this);
+    search = &index;
+    search->addLine(this);
 }
 
 void ContactLine::updateLocalCoordinateSystem() {

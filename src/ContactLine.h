@@ -61,10 +61,10 @@ public:
     bool checkContact(ContactLine* other);
 
     // Visits the candidates of the search: visitNode(Node*, x, y, z) for every node
-    // whose x lies in the line's x range widened by R, and visitLine(ContactLine*)
-    // once for every contact line attached to such a node. Walks the x-ordered
-    // node chain, or uses the model's spatial index, which leaves out nodes
-    // and lines that the y/z box tests would reject.
+    // whose x lies in the line's x range widened by R and that the y/z box
+    // test does not reject, and visitLine(ContactLine*) once for every contact
+    // line with a node in that x range whose segment may meet the box. Without
+    // a search (a line not in a model) or without radius there are none.
     template <class NodeVisitor, class LineVisitor>
     void visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine);
 
@@ -74,9 +74,7 @@ public:
     const TNT::Array1D<double>& getDirection() const { return direction; }
     const TNT::Array1D<double>& getContactParameters() const { return contactParameters; }
     bool usesSpatialIndex() const { return search != nullptr; }
-    // Attaches the line to a spatial index (or, with an empty pointer,
-    // makes it walk the node chain).
-    void setContactSearch(std::shared_ptr<ContactSearch> index);
+    void attachContactSearch(ContactSearch& index) override;
 
 private:
     friend class ContactSearch;
@@ -84,7 +82,6 @@ private:
     void setBoundingBox();
     void applyNodeContact(Node& node);
     void applyLineContact(ContactLine& other);
-    static unsigned long nextSearchMark();
     // True the first time a line is met during the current search.
     bool firstVisit(ContactLine* other) {
         if (other->visitMark == searchMark) return false;
@@ -102,8 +99,7 @@ private:
     double segment[3] = {0, 0, 0};
     double segmentLength = 0.0;
 
-    bool attached = false; // registered with its nodes
-    std::shared_ptr<ContactSearch> search;
+    ContactSearch* search = nullptr;
     int searchSlot = -1;
     unsigned long visitMark = 0;
     unsigned long searchMark = 0;
@@ -111,31 +107,20 @@ private:
 
 template <class NodeVisitor, class LineVisitor>
 void ContactLine::visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine) {
-    searchMark = nextSearchMark();
     Node* start = nodes[0].get();
     Node* end = nodes[1].get();
     if (end->getX_pos() < start->getX_pos()) std::swap(start, end);
     const double xLow = start->getX_pos() - radius, xHigh = end->getX_pos() + radius;
 
-    if (search && radius > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh)) {
-        search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
-                            visitNode);
-        search->forEachLine(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
-                            [&](ContactLine* other) {
-                                if (!firstVisit(other)) return;
-                                const double x0 = other->nodes[0]->getX_pos(),
-                                             x1 = other->nodes[1]->getX_pos();
-                                if ((x0 > xLow && x0 < xHigh) || (x1 > xLow && x1 < xHigh)) visitLine(other);
-                            });
-        return;
-    }
-    auto visit = [&](Node* n) {
-        visitNode(n, n->getX_pos(), n->getY_pos(), n->getZ_pos());
-        for (ContactLine* other : n->contactLineList())
-            if (firstVisit(other)) visitLine(other);
-    };
-    for (Node* n = start->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour())
-        visit(n);
-    for (Node* n = start->rightNeighbour(); n && n->getX_pos() < xHigh; n = n->rightNeighbour())
-        visit(n);
+    // A line of no radius touches nothing (see checkContact).
+    if (!search || !(radius > 0.0) || !std::isfinite(xLow) || !std::isfinite(xHigh)) return;
+    searchMark = search->nextMark();
+    search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
+                        visitNode);
+    search->forEachLine(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
+                        [&](ContactLine* other) {
+                            if (!firstVisit(other)) return;
+                            const double x0 = other->nodes[0]->getX_pos(), x1 = other->nodes[1]->getX_pos();
+                            if ((x0 > xLow && x0 < xHigh) || (x1 > xLow && x1 < xHigh)) visitLine(other);
+                        });
 }

@@ -1,28 +1,25 @@
 #include "ContactSearch.h"
 
 #include "ContactLine.h"
+#include "Node.h"
 
 #include <algorithm>
 
 namespace {
-// The index that contact elements initialised right now attach to.
-std::shared_ptr<ContactSearch> active_search_;
-
 // Lines whose rectangle covers more cells than this are scanned by every
 // query instead of being copied into all of their cells.
 constexpr int max_cells_per_line_ = 64;
 } // namespace
 
-ContactSearch::Scope::Scope(std::shared_ptr<ContactSearch> search) : previous(std::move(active_search_)) {
-    active_search_ = std::move(search);
+double ContactSearch::secondary(const Node& n) const {
+    return axis == 1 ? n.getY_pos() : n.getZ_pos();
 }
 
-ContactSearch::Scope::~Scope() {
-    active_search_ = std::move(previous);
-}
-
-std::shared_ptr<ContactSearch> ContactSearch::active() {
-    return active_search_;
+ContactSearch::~ContactSearch() {
+    for (ContactLine* line : lines) {
+        line->search = nullptr;
+        line->searchSlot = -1;
+    }
 }
 
 void ContactSearch::addLine(ContactLine* line) {
@@ -101,8 +98,7 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
         Entry& e = packed[i];
         e = {n->getX_pos(), n->getY_pos(), n->getZ_pos(), n};
         if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)) {
-            looseNodes.push_back(n);
-            e.node = nullptr;
+            looseNodes.push_back(e);
             continue;
         }
         const double c[3] = {e.x, e.y, e.z};
@@ -150,7 +146,7 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
     cellOfNode.resize(count);
     for (std::size_t i = 0; i < count; ++i) {
         const Entry& e = packed[i];
-        if (!e.node) {
+        if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)) {
             cellOfNode[i] = -1;
             continue;
         }

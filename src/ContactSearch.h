@@ -1,44 +1,37 @@
-// Spatial index for the contact search: the model's nodes and contact lines
-// binned on a uniform grid over x and the wider of the y and z spreads,
-// rebuilt once per increment after the nodes have moved. A contact element asks
-// for the nodes whose x lies strictly inside its x range; the grid only saves
-// visiting nodes that are far away in the second coordinate, so the nodes an
-// element accepts are exactly those a walk along the x-ordered node chain
-// accepts (every element still applies its own y/z box test). Contact lines are
-// binned by the rectangle of their segment, because a line can cross an
-// element's box while both of its nodes lie outside it.
+// The contact search of a model: its nodes and contact lines binned on a
+// uniform grid over x and the wider of the y and z spreads, rebuilt once per
+// increment after the nodes have moved. The model owns the one search and
+// hands it to every contact element (ContactTriangle, ContactLine, and those
+// that shells make for their edges). A contact element asks for the nodes
+// whose x lies strictly inside its x range and whose y and z its box does
+// not reject; contact lines are binned by the rectangle of their segment,
+// because a line can cross an element's box while both of its nodes lie
+// outside it.
 #pragma once
-
-#include "Node.h"
 
 #include <cmath>
 #include <memory>
 #include <vector>
 
 class ContactLine;
+class Node;
 
 class ContactSearch {
 public:
-    // While a Scope is alive, contact elements that are initialised attach
-    // themselves to its index (ContactSearch::active()); the previous index
-    // is restored when the scope ends.
-    class Scope {
-    public:
-        explicit Scope(std::shared_ptr<ContactSearch> search);
-        ~Scope();
-        Scope(const Scope&) = delete;
-        Scope& operator=(const Scope&) = delete;
-
-    private:
-        std::shared_ptr<ContactSearch> previous;
-    };
-    static std::shared_ptr<ContactSearch> active();
+    ContactSearch() = default;
+    // The lines still attached forget the search, so that either may go first.
+    ~ContactSearch();
+    ContactSearch(const ContactSearch&) = delete;
+    ContactSearch& operator=(const ContactSearch&) = delete;
 
     void addTriangle() { ++numberOfTriangles; }
     void addLine(ContactLine* line);
     void removeLine(ContactLine* line);
     bool isUsed() const { return numberOfTriangles > 0 || !lines.empty(); }
     int getNumberOfLines() const { return static_cast<int>(lines.size()); }
+    // A number not handed out before: a line marks the lines it has met in
+    // one search with it, so that it meets each only once.
+    unsigned long nextMark() { return ++marks; }
 
     // Rebinning from the current positions; allocates only while the model
     // grows, the buffers are reused from one increment to the next. The node
@@ -50,26 +43,32 @@ public:
     // box [yLow, yHigh] x [zLow, zHigh] does not reject: the same test as the
     // contact elements' own (a coordinate below the low or above the high
     // bound rejects), made on positions copied next to each other so that far
-    // nodes cost no visit of the node itself. The positions handed over are
-    // those of the last update, which are the nodes' own as long as nothing
-    // moved them since.
+    // nodes cost no visit of the node itself. The positions are those of the
+    // last update, which are the nodes' own: the nodes move only just before it.
     template <class Visitor>
     void forEachNode(double xLow, double xHigh, double yLow, double yHigh, double zLow, double zHigh,
                      Visitor&& visit) const {
+        auto accept = [&](const Entry& e) {
+            return e.x > xLow && e.x < xHigh && !(e.y < yLow || e.y > yHigh || e.z < zLow || e.z > zHigh);
+        };
         int x0, x1, s0, s1;
-        if (!cellRange(xLow, xHigh, yLow, yHigh, zLow, zHigh, x0, x1, s0, s1)) return;
-        for (int i = x0; i <= x1; ++i) {
-            const int first = nodeStart[i * cellsS + s0], last = nodeStart[i * cellsS + s1 + 1];
-            for (int k = first; k < last; ++k) {
-                const Entry& e = nodeItems[k];
-                if (e.x > xLow && e.x < xHigh && !(e.y < yLow || e.y > yHigh || e.z < zLow || e.z > zHigh))
-                    visit(e.node, e.x, e.y, e.z);
+        if (cellRange(xLow, xHigh, yLow, yHigh, zLow, zHigh, x0, x1, s0, s1)) {
+            for (int i = x0; i <= x1; ++i) {
+                const int first = nodeStart[i * cellsS + s0], last = nodeStart[i * cellsS + s1 + 1];
+                for (int k = first; k < last; ++k)
+                    if (accept(nodeItems[k]))
+                        visit(nodeItems[k].node, nodeItems[k].x, nodeItems[k].y, nodeItems[k].z);
             }
         }
-        for (Node* n : looseNodes) {
-            const double x = n->getX_pos(), y = n->getY_pos(), z = n->getZ_pos();
-            if (x > xLow && x < xHigh && !(y < yLow || y > yHigh || z < zLow || z > zHigh)) visit(n, x, y, z);
-        }
+        for (const Entry& e : looseNodes)
+            if (accept(e)) visit(e.node, e.x, e.y, e.z);
+    }
+
+    // Calls visit(Node*, x, y, z) for every node with xLow <= x <= xHigh (a
+    // closed range, for elements of no thickness), in node-number order.
+    template <class Visitor> void forEachNodeBetween(double xLow, double xHigh, Visitor&& visit) const {
+        for (const Entry& e : packed)
+            if (e.x >= xLow && e.x <= xHigh) visit(e.node, e.x, e.y, e.z);
     }
 
     // Calls visit(ContactLine*) for every registered line whose segment
@@ -91,7 +90,11 @@ public:
     }
 
 private:
-    double secondary(const Node& n) const { return axis == 1 ? n.getY_pos() : n.getZ_pos(); }
+    struct Entry {
+        double x, y, z;
+        Node* node;
+    };
+    double secondary(const Node& n) const;
     int cellX(double x) const { return clampIndex((x - originX) / sizeX, cellsX); }
     int cellS(double s) const { return clampIndex((s - originS) / sizeS, cellsS); }
     static int clampIndex(double v, int count) {
@@ -106,18 +109,15 @@ private:
     bool lineCells(const ContactLine& line, int& x0, int& x1, int& s0, int& s1) const;
 
     int numberOfTriangles = 0;
+    unsigned long marks = 0;
     std::vector<ContactLine*> lines;
 
     int axis = 1; // 1: y, 2: z
     double originX = 0.0, originS = 0.0, sizeX = 1.0, sizeS = 1.0;
     int cellsX = 1, cellsS = 1;
-    struct Entry {
-        double x, y, z;
-        Node* node;
-    };
     std::vector<int> nodeStart;
     std::vector<Entry> nodeItems;
-    std::vector<Node*> looseNodes;
+    std::vector<Entry> looseNodes;
     std::vector<int> lineStart;
     std::vector<ContactLine*> lineItems;
     std::vector<ContactLine*> looseLines;

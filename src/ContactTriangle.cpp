@@ -109,12 +109,12 @@ void ContactTriangle::setInitialConditions() {
     if (!frictionSet) friction = 0.0;
     if (!thicknessSet) thickness = 1.0;
     setBoundingBox();
-    if (!search) setContactSearch(ContactSearch::active());
 }
 
-void ContactTriangle::setContactSearch(std::shared_ptr<ContactSearch> index) {
-    search = std::move(index);
-    if (search) search->addTriangle();
+void ContactTriangle::attachContactSearch(ContactSearch& index) {
+    if (search == &index) return;
+    search = &index;
+    search->addTriangle();
 }
 
 void ContactTriangle::updateLocalCoordinateSystem() {

@@ -74,9 +74,10 @@ public:
 
     // Visits the candidate nodes of the search: every node whose x lies in the
     // triangle's x range widened by T/2 (the triangle's own nodes may be among
-    // them). Walks the x-ordered node chain, or uses the model's spatial
-    // index, which leaves out nodes that the y/z box test would reject. The
-    // visitor is called as visit(Node*, x, y, z) with the node's position.
+    // them) and that the y/z box test does not reject; without thickness,
+    // every node in the closed x range. The visitor is called as
+    // visit(Node*, x, y, z) with the node's position. Without a search
+    // (an element not in a model) there are no candidates.
     template <class Visitor> void visitCandidates(Visitor&& visit);
 
     double getThickness() const { return thickness; }
@@ -92,9 +93,7 @@ public:
     const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
     const std::vector<FrictionData>& getFrictionHistory() const { return frictionHistory; }
     bool usesSpatialIndex() const { return search != nullptr; }
-    // Attaches the triangle to a spatial index (or, with an empty pointer,
-    // makes it walk the node chain).
-    void setContactSearch(std::shared_ptr<ContactSearch> index);
+    void attachContactSearch(ContactSearch& index) override;
 
 private:
     void setBoundingBox();
@@ -127,7 +126,7 @@ private:
     double totalContactForce = 0.0;
     std::vector<FrictionData> frictionHistory;
     TNT::Array2D<double> localBasis;
-    std::shared_ptr<ContactSearch> search;
+    ContactSearch* search = nullptr;
 };
 
 template <class Visitor> void ContactTriangle::visitCandidates(Visitor&& visit) {
@@ -141,22 +140,10 @@ template <class Visitor> void ContactTriangle::visitCandidates(Visitor&& visit) 
     }
     const double half = 0.5 * thickness;
     const double xLow = low->getX_pos() - half, xHigh = high->getX_pos() + half;
-    if (search && half > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh)) {
+    if (!search) return;
+    if (half > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh))
         search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
                             visit);
-        return;
-    }
-    // Along the chain: leftwards from the lowest node, then rightwards from it
-    // through the highest node and on while x < x(high) + T/2.
-    for (Node* n = low->leftNeighbour(); n && n->getX_pos() > xLow; n = n->leftNeighbour())
-        visit(n, n->getX_pos(), n->getY_pos(), n->getZ_pos());
-    bool passedHigh = (low == high);
-    for (Node* n = low->rightNeighbour(); n && (!passedHigh || n->getX_pos() < xHigh);
-         n = n->rightNeighbour()) {
-        if (n == high) {
-            passedHigh = true;
-            continue;
-        }
-        visit(n, n->getX_pos(), n->getY_pos(), n->getZ_pos());
-    }
+    else
+        search->forEachNodeBetween(low->getX_pos(), high->getX_pos(), visit);
 }

@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+class ContactSearch;
 class Node;
 class Material;
 class Load;
@@ -44,6 +45,10 @@ public:
     // elements ahead, so that the element's memory, its material and its
     // nodes arrive while the elements before it are worked on.
     virtual void prefetchForStep() const {}
+    // Hands the model's contact search to the contact objects of this
+    // element (nothing for an element without contact); called once, in
+    // element order, before the initial conditions.
+    virtual void attachContactSearch(ContactSearch& /*search*/) {}
     // One element's share of an increment, in the loop's order: basis
     // update; strain then stress at every integration point; forces at
     // every point; external and contact forces; and, with an automatic

@@ -59,6 +59,13 @@ void FaceContact::assembleMassMatrix() {
         if (line) line->assembleMassMatrix();
 }
 
+void FaceContact::attachContactSearch(ContactSearch& search) {
+    if (onFace()) triangle->attachContactSearch(search);
+    if (type != 302) return;
+    for (ContactLine* line : {line1.get(), line2.get(), line3.get()})
+        if (line) line->attachContactSearch(search);
+}
+
 void FaceContact::setInitialConditions() {
     if (onFace()) triangle->setInitialConditions();
     if (type != 302) return;

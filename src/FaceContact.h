@@ -14,6 +14,7 @@
 #include <vector>
 
 class ContactLine;
+class ContactSearch;
 class ContactTriangle;
 class Load;
 class Material;
@@ -37,6 +38,7 @@ public:
                const std::vector<std::shared_ptr<Load>>& loads);
 
     void assembleMassMatrix();
+    void attachContactSearch(ContactSearch& search);
     void setInitialConditions();
     void updateLocalCoordinateSystem();
     void computeContactForces();

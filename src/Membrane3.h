@@ -55,6 +55,7 @@ public:
     void computeContactForces() override;
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
+    void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }
 
     // Area, frame and Jacobian of the current triangle.
     void computeJacobian();

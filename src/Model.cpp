@@ -59,12 +59,7 @@ double secondsSince(const std::chrono::steady_clock::time_point& start) {
 
 Model::Model(const int& id_, const std::string& deckPath) : inputPath(deckPath), id(id_) {}
 
-Model::~Model() {
-    // Neighbour links are shared pointers between nodes; break the chain so
-    // that the nodes are freed with the model.
-    for (auto& n : nodes)
-        n->clearNeighbours();
-}
+Model::~Model() = default;
 
 void Model::initialize() {
     try {
@@ -203,30 +198,21 @@ void Model::setInitialConditions() {
         for (auto& n : nodes)
             n->setInitialConditions();
 
+        // The loop updates the nodes in the order of their initial x (which
+        // also fixes the order in which the energies are summed).
         std::stable_sort(nodes.begin(), nodes.end(),
                          [](const std::shared_ptr<Node>& a, const std::shared_ptr<Node>& b) {
                              return a->getX_pos() < b->getX_pos();
                          });
-        const std::size_t count = nodes.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            if (i + 1 < count) nodes[i]->setRightNode(nodes[i + 1]);
-            if (i > 0) nodes[i]->setLeftNode(nodes[i - 1]);
-        }
 
-        mirrorChain();
-
-        contactSearch = std::make_shared<ContactSearch>();
-        {
-            // Contact elements, also those that structural elements own,
-            // attach to the model's search index while they are initialised.
-            ContactSearch::Scope scope(contactSearch);
-            for (auto& e : elements)
-                e->setInitialConditions();
-        }
-        if (contactSearch->isUsed())
-            contactSearch->update(nodes);
-        else
-            contactSearch.reset();
+        // Contact elements, also those that structural elements own, query
+        // the model's one search.
+        contactSearch = std::make_unique<ContactSearch>();
+        for (auto& e : elements)
+            e->attachContactSearch(*contactSearch);
+        for (auto& e : elements)
+            e->setInitialConditions();
+        if (contactSearch->isUsed()) contactSearch->update(nodes);
         for (auto& c : constraints)
             c->setInitialConditions();
         controlSet->setInitialConditions();
@@ -324,13 +310,9 @@ void Model::step(double& candidateStep, bool clearForces) {
                 "the material parameters)");
         if (clearForces) n.clearNodalForces();
     }
-    // The x-ordered chain and the search index exist for the contact
-    // elements alone, and nothing else reads them: a model without contact
-    // leaves them as they are rather than sort its nodes every increment.
-    if (contactSearch) {
-        checkNeighbours();
-        contactSearch->update(nodes);
-    }
+    // Only contact elements read the search: a model without them does not
+    // rebin its nodes.
+    if (contactSearch && contactSearch->isUsed()) contactSearch->update(nodes);
     if (automaticTimeStep) timeStep = candidateStep;
 }
 
@@ -385,120 +367,4 @@ void Model::advanceTime(bool forcesCleared) {
 
 double Model::getEndTime() const {
     return controlSet ? controlSet->getEndTime() : 0.0;
-}
-
-void Model::checkNeighbours() {
-    // Adjacent swaps of strictly inverted pairs keep equal x in their order,
-    // so the chain must end as the stable sort, by the new x, of the chain as
-    // it was: an insertion sort from the left end gives exactly that. Nodes
-    // in a column of equal initial x trade places nearly every step, so the
-    // sort runs over a contiguous copy of (x, node) in chain order and only
-    // the moves it makes touch the links.
-    const std::size_t count = nodes.size();
-    if (count == 0) return;
-    bool mirrored = chain.size() == count;
-    if (mirrored) {
-        // Fresh x for every entry, and a check that the links still form the
-        // chain this copy was made from (nothing else changes them in a run).
-        constexpr std::size_t ahead = 8;
-        Node* previous = nullptr;
-        for (std::size_t i = 0; i < count; ++i) {
-            if (i + ahead < count) chain[i + ahead].node->prefetchForChain();
-            Node* n = chain[i].node;
-            if (n->leftNeighbour() != previous || (previous && previous->rightNeighbour() != n)) {
-                mirrored = false;
-                break;
-            }
-            chain[i].x = n->getX_pos();
-            previous = n;
-        }
-        if (mirrored && previous->rightNeighbour()) mirrored = false;
-    }
-    if (!mirrored) {
-        repairChainByLinks();
-        mirrorChain();
-        return;
-    }
-    for (std::size_t i = 1; i < count; ++i) {
-        const ChainEntry entry = chain[i];
-        if (!(chain[i - 1].x > entry.x)) continue;
-        // The node goes left past every node of larger x: shift the copy
-        // while looking for the first of them, then relink the node there
-        // at once.
-        std::size_t j = i;
-        do {
-            chain[j] = chain[j - 1];
-            --j;
-        } while (j > 0 && chain[j - 1].x > entry.x);
-        chain[j] = entry;
-        entry.node->moveLeftOf(chain[j + 1].node);
-    }
-}
-
-void Model::mirrorChain() {
-    chain.clear();
-    const std::size_t count = nodes.size();
-    if (count == 0) return;
-    Node* n = nodes.front().get();
-    for (std::size_t steps = 0; n->leftNeighbour(); ++steps) {
-        if (steps > count) return; // a loop of links has no left end
-        n = n->leftNeighbour();
-    }
-    chain.reserve(count);
-    for (; n && chain.size() <= count; n = n->rightNeighbour())
-        chain.push_back({n->getX_pos(), n});
-    if (chain.size() != count) chain.clear();
-}
-
-void Model::repairChainByLinks() {
-    if (nodes.empty()) return;
-    Node* n = nodes.front().get();
-    while (Node* left = n->leftNeighbour())
-        n = left;
-    const std::size_t count = nodes.size();
-    std::size_t visited = 0;
-    while (n && visited < count) {
-        Node* next = n->rightNeighbour();
-        Node* left = n->leftNeighbour();
-        if (left && left->getX_pos() > n->getX_pos()) {
-            const double x = n->getX_pos();
-            Node* q = left;
-            for (Node* l = q->leftNeighbour(); l && l->getX_pos() > x; l = l->leftNeighbour())
-                q = l;
-            n->moveLeftOf(q);
-        }
-        ++visited;
-        n = next;
-    }
-    // Nodes outside that one chain (links set up by hand): pass over the
-    // node vector until nothing moves.
-    if (visited != count || n) {
-        bool swapped = true;
-        while (swapped)
-            swapped = sortNeighbourPass();
-    }
-}
-
-bool Model::sortNeighbourPass() {
-    bool swapped = false;
-    const std::size_t count = nodes.size();
-    constexpr std::size_t ahead = 8;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (i + ahead < count) nodes[i + ahead]->prefetchForChain();
-        Node* n = nodes[i].get();
-        while (true) {
-            Node* left = n->leftNeighbour();
-            Node* right = n->rightNeighbour();
-            if (left && left->getX_pos() > n->getX_pos()) {
-                n->swapWithLeftNeighbour();
-                swapped = true;
-            } else if (right && n->getX_pos() > right->getX_pos()) {
-                n->swapWithRightNeighbour();
-                swapped = true;
-            } else {
-                break;
-            }
-        }
-    }
-    return swapped;
 }

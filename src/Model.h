@@ -31,10 +31,8 @@ public:
     void assembleMassMatrix();
     void setInitialConditions();
     void solve();
-    // Restores the ascending-x order of the node chain after the nodes moved.
-    void checkNeighbours();
-    // Spatial index of the contact search, present when the model has contact elements.
-    const std::shared_ptr<ContactSearch>& getContactSearch() const { return contactSearch; }
+    // Contact search of the model (nothing is binned without contact elements).
+    ContactSearch* getContactSearch() const { return contactSearch.get(); }
     void print_what(const std::exception& e);
 
     int getNumberOfAmplitudes() const { return numberOfAmplitudes; }
@@ -62,23 +60,6 @@ public:
 
 private:
     void checkNodeNumbering();
-    // One insertion pass over the node vector; true when it swapped a pair.
-    bool sortNeighbourPass();
-    // Insertion sort that follows the links (any chain the links describe).
-    void repairChainByLinks();
-    // Rebuilds `chain` from the links; leaves it empty when the links do not
-    // form one chain through every node.
-    void mirrorChain();
-
-    // The x-ordered chain as the links held it after the last repair, one
-    // entry per node with room for its current x: the repair sorts this
-    // array and moves the linked nodes along with it, instead of chasing
-    // links through scattered nodes.
-    struct ChainEntry {
-        double x;
-        Node* node;
-    };
-    std::vector<ChainEntry> chain;
 
     std::filesystem::path inputPath;
     int id;
@@ -86,6 +67,8 @@ private:
     int numberOfConstraints = 0, numberOfElements = 0, numberOfNodes = 0, numberOfMaterials = 0,
         numberOfControls = 0, numberOfTrackers = 0, numberOfLoads = 0, numberOfAmplitudes = 0;
     std::unique_ptr<ControlSet> controlSet;
+    // Declared before the elements, so that it outlives the contact elements that use it.
+    std::unique_ptr<ContactSearch> contactSearch;
     std::vector<std::shared_ptr<Node>> nodes;
     std::vector<std::shared_ptr<Element>> elements;
     std::vector<std::shared_ptr<Material>> materials;
@@ -104,5 +87,4 @@ private:
     bool automaticTimeStep = false;
     double internalEnergy = 0.0, kineticEnergy = 0.0;
     std::string unusedText;
-    std::shared_ptr<ContactSearch> contactSearch;
 };

@@ -1,50 +1,12 @@
 #include "Node.h"
 
 #include "Constraint.h"
-#include "ContactLine.h"
 #include "Load.h"
 
 #include <cmath>
 #include <cstring>
 #include <iostream>
 #include <stdexcept>
-
-Node::Node()
-    : position(6, state.position), displacement(6, state.displacement), velocity(6, state.velocity),
-      acceleration(6, state.acceleration), origin(6, state.origin),
-      previousDisplacement(6, state.previousDisplacement), previousVelocity(6, state.previousVelocity),
-      force(6, state.force), internalForce(6, state.internalForce), externalForce(6, state.externalForce),
-      positiveForce(6, state.positiveForce), contactForce(6, state.contactForce),
-      previousInternalForce(6, state.previousInternalForce),
-      previousExternalForce(6, state.previousExternalForce), inertia(3, 3, state.inertia),
-      inverseInertia(3, 3, state.inverseInertia) {}
-
-Node::Node(const Node& other) : Node() {
-    *this = other;
-}
-
-Node& Node::operator=(const Node& other) {
-    number = other.number;
-    mass = other.mass;
-    rayleighDamping = other.rayleighDamping;
-    averageStep = other.averageStep;
-    previousStep = other.previousStep;
-    internalEnergy = other.internalEnergy;
-    externalWork = other.externalWork;
-    kineticEnergy = other.kineticEnergy;
-    state = other.state;
-    constraint = other.constraint;
-    load = other.load;
-    xGiven = other.xGiven;
-    yGiven = other.yGiven;
-    zGiven = other.zGiven;
-    spareEnergy1 = other.spareEnergy1;
-    spareEnergy2 = other.spareEnergy2;
-    leftNode = other.leftNode;
-    rightNode = other.rightNode;
-    contactLines = other.contactLines;
-    return *this;
-}
 
 void Node::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Constraint>>& constraints,
                        const std::vector<std::shared_ptr<Load>>& loads) {
@@ -105,110 +67,26 @@ void Node::addInertia(TNT::Array2D<double> I) {
 }
 
 void Node::addInternalForce(const TNT::Array1D<double>& f) {
-    accumulate(state.internalForce, 0, f[0], f[1], f[2]);
+    accumulate(pass.internalForce, 0, f[0], f[1], f[2]);
 }
 void Node::addExternalForce(const TNT::Array1D<double>& f) {
-    accumulate(state.externalForce, 0, f[0], f[1], f[2]);
+    accumulate(pass.externalForce, 0, f[0], f[1], f[2]);
 }
 void Node::addContactForce(const TNT::Array1D<double>& f) {
-    accumulate(state.contactForce, 0, f[0], f[1], f[2]);
+    accumulate(pass.contactForce, 0, f[0], f[1], f[2]);
 }
 void Node::addInternalMoment(const TNT::Array1D<double>& m) {
-    accumulate(state.internalForce, 3, m[0], m[1], m[2]);
+    accumulate(pass.internalForce, 3, m[0], m[1], m[2]);
 }
 
 void Node::clearNodalForces() {
     for (int i = 0; i < 6; ++i) {
-        state.internalForce[i] = 0.0;
-        state.externalForce[i] = 0.0;
-        state.contactForce[i] = 0.0;
-        state.positiveForce[i] = 0.0;
-        state.force[i] = 0.0;
+        pass.internalForce[i] = 0.0;
+        pass.externalForce[i] = 0.0;
+        pass.contactForce[i] = 0.0;
+        pass.positiveForce[i] = 0.0;
+        pass.force[i] = 0.0;
     }
-}
-
-void Node::swapWithLeftNeighbour() {
-    Node* left = leftNode.get();
-    Node* farLeft = left->leftNode.get();
-    Node* right = rightNode.get();
-    if (farLeft && right) {
-        // Inside the chain every link is handed on, none made or dropped.
-        farLeft->rightNode.swap(left->rightNode);
-        left->rightNode.swap(rightNode);
-        leftNode.swap(left->leftNode);
-        left->leftNode.swap(right->leftNode);
-        return;
-    }
-    std::shared_ptr<Node> self = left->rightNode;
-    std::shared_ptr<Node> leftShared = leftNode;
-    std::shared_ptr<Node> farLeftShared = left->leftNode;
-    std::shared_ptr<Node> rightShared = rightNode;
-    if (farLeft) farLeft->rightNode = self;
-    leftNode = farLeftShared;
-    rightNode = leftShared;
-    left->leftNode = self;
-    left->rightNode = rightShared;
-    if (right) right->leftNode = leftShared;
-}
-
-void Node::swapWithRightNeighbour() {
-    Node* right = rightNode.get();
-    Node* farRight = right->rightNode.get();
-    Node* left = leftNode.get();
-    if (farRight && left) {
-        farRight->leftNode.swap(right->leftNode);
-        right->leftNode.swap(leftNode);
-        rightNode.swap(right->rightNode);
-        right->rightNode.swap(left->rightNode);
-        return;
-    }
-    std::shared_ptr<Node> self = right->leftNode;
-    std::shared_ptr<Node> rightShared = rightNode;
-    std::shared_ptr<Node> farRightShared = right->rightNode;
-    std::shared_ptr<Node> leftShared = leftNode;
-    if (farRight) farRight->leftNode = self;
-    rightNode = farRightShared;
-    leftNode = rightShared;
-    right->rightNode = self;
-    right->leftNode = leftShared;
-    if (left) left->rightNode = rightShared;
-}
-
-void Node::moveLeftOf(Node* q) {
-    Node* left = leftNode.get();
-    if (q == left) {
-        swapWithLeftNeighbour();
-        return;
-    }
-    Node* right = rightNode.get();
-    Node* p = q->leftNode.get();
-    if (p && right) {
-        // ... P <-> Q ... L <-> n <-> R ...  becomes  ... P <-> n <-> Q ... L <-> R ...
-        // Every link is handed on, none made or dropped.
-        left->rightNode.swap(rightNode);
-        rightNode.swap(p->rightNode);
-        right->leftNode.swap(leftNode);
-        leftNode.swap(q->leftNode);
-        return;
-    }
-    // At an end of the chain: plain copies.
-    std::shared_ptr<Node> self = left->rightNode;
-    std::shared_ptr<Node> leftShared = leftNode;
-    std::shared_ptr<Node> rightShared = rightNode;
-    std::shared_ptr<Node> qShared = p ? p->rightNode : q->rightNode->leftNode;
-    std::shared_ptr<Node> pShared = q->leftNode;
-    left->rightNode = rightShared;
-    if (right) right->leftNode = leftShared;
-    if (p) p->rightNode = self;
-    q->leftNode = self;
-    leftNode = pShared;
-    rightNode = qShared;
-}
-
-bool Node::contactLineCheck(std::shared_ptr<Node>& other) {
-    for (ContactLine* line : contactLines)
-        if (line->getNode(0) == other || line->getNode(1) == other) return true;
-    return false;
 }
 
 void Node::setInitialConditions() {
@@ -217,7 +95,7 @@ void Node::setInitialConditions() {
         s.origin[k] = 0.0;
     for (int k = 0; k < 6; ++k) {
         s.displacement[k] = 0.0;
-        s.position[k] = s.origin[k] + s.displacement[k];
+        pass.position[k] = s.origin[k] + s.displacement[k];
     }
     if (!constraint) {
         for (int k = 0; k < 6; ++k)
@@ -240,10 +118,12 @@ void Node::determineMassMatrix() {
         J[4] = 1e-15;
         J[8] = 1e-15;
     }
-    const TNT::Array2D<double> inverse = TNT::invert(inertia);
+    const TNT::Array2D<double> inverse = TNT::invert(TNT::Array2D<double>(3, 3, J));
     if (inverse.dim1() != 3)
         throw std::runtime_error("Rotational inertia of node " + std::to_string(number) + " is singular");
-    inverseInertia.inject(inverse);
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c)
+            state.inverseInertia[3 * r + c] = inverse[r][c];
 }
 
 namespace {
@@ -294,8 +174,8 @@ void Node::computeNewPosition(double dt, double t) {
     // accelerations, velocities and forces stay in registers until they are
     // stored once.
     State& s = state;
-    const Six fExt = read(s.externalForce);
-    const Six fInt = read(s.internalForce);
+    const Six fExt = read(pass.externalForce);
+    const Six fInt = read(pass.internalForce);
     write(s.previousDisplacement, read(s.displacement));
     write(s.previousExternalForce, fExt);
     write(s.previousInternalForce, fInt);
@@ -304,9 +184,9 @@ void Node::computeNewPosition(double dt, double t) {
         const TNT::Array1D<double> l = load->getLoad(t);
         if (l.dim1() == 6)
             for (int i = 0; i < 6; ++i)
-                s.force[i] += l[i];
+                pass.force[i] += l[i];
     }
-    const double* F = s.force;
+    const double* F = pass.force;
 
     const double m = mass, c = rayleighDamping;
     Lanes4 vp;
@@ -355,7 +235,7 @@ void Node::computeNewPosition(double dt, double t) {
     write(s.previousVelocity, v);
     const Six u = read(s.displacement) + dt * v;
     write(s.displacement, u);
-    write(s.position, read(s.origin) + u);
+    write(pass.position, read(s.origin) + u);
     if (constraint) {
         constraint->applyVelocityConditions(this, t);
         v = read(s.velocity);

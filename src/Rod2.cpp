@@ -90,6 +90,10 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
     }
 }
 
+void Rod2::attachContactSearch(ContactSearch& search) {
+    if (contactType == 302 && contactLine) contactLine->attachContactSearch(search);
+}
+
 std::vector<Token> Rod2::contactLineTokens() const {
     std::vector<Token> tokens;
     tokens.emplace_back("NODES");

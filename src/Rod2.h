@@ -43,6 +43,7 @@ public:
     void computeContactForces() override;
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
+    void attachContactSearch(ContactSearch& search) override;
     void runStep(double dt, double time, bool automaticStep, double& candidateStep) override;
 
     // Current distance between node 2 and node 1.

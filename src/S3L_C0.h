@@ -64,6 +64,7 @@ public:
     // Strain (100) and stress (200) components at the first integration point.
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
+    void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }
     void runStep(double dt, double time, bool automaticStep, double& candidateStep) override;
 
     // Reads the nodes' positions and velocities into the local frame, refreshes A.

@@ -5,6 +5,7 @@
 
 #include "TestUtil.h"
 
+#include "ContactSearch.h"
 #include "Element.h"
 #include "Load.h"
 #include "Material.h"
@@ -36,6 +37,7 @@ template <class E = std::exception> std::string messageOf(const std::function<vo
 }
 
 struct NodeSet {
+    ContactSearch search;
     std::vector<std::shared_ptr<Node>> list;
     std::unordered_map<int, std::shared_ptr<Node>> map;
 
@@ -59,23 +61,16 @@ struct NodeSet {
         auto e = std::make_shared<E>();
         e->setNumber(number);
         e->parseOstrel(tokens(text), list, map, noMaterials, noLoads);
-        if (init) e->setInitialConditions();
+        e->attachContactSearch(search);
+        if (init) {
+            e->setInitialConditions();
+            rebin();
+        }
         return e;
     }
 
-    // Stable sort by x and link left/right neighbours, as the model does.
-    void linkChain() {
-        std::vector<std::shared_ptr<Node>> sorted = list;
-        std::stable_sort(sorted.begin(), sorted.end(),
-                         [](const std::shared_ptr<Node>& a, const std::shared_ptr<Node>& b) {
-                             return a->getX_pos() < b->getX_pos();
-                         });
-        std::shared_ptr<Node> none;
-        for (std::size_t i = 0; i < sorted.size(); ++i) {
-            sorted[i]->setLeftNode(i > 0 ? sorted[i - 1] : none);
-            sorted[i]->setRightNode(i + 1 < sorted.size() ? sorted[i + 1] : none);
-        }
-    }
+    // Bins the nodes at their current positions, as the model does after every move.
+    void rebin() { search.update(list); }
 
     void clearForces() {
         for (auto& n : list)
@@ -86,11 +81,7 @@ struct NodeSet {
         n->setX_pos(x);
         n->setY_pos(y);
         n->setZ_pos(z);
-    }
-
-    ~NodeSet() {
-        for (auto& n : list)
-            n->clearNeighbours();
+        rebin(); // as the model does after every move
     }
 };
 

@@ -45,7 +45,7 @@ TEST_F(UnitTriangle, DeckLineMessagesAndOutput) {
 
 TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
     auto slave = s.add(0.25, 0.25, 0.3);
-    s.linkChain();
+    s.rebin();
     auto t = make("NODES 1 2 3 T 1.0 FACTOR 10");
     ASSERT_TRUE(t->checkContact(slave));
     EXPECT_NEAR(t->getGap(), -0.2, 1e-15);
@@ -60,7 +60,7 @@ TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
     // From below the mid-surface the node is pushed the other way.
     s.clearForces();
     s.moveTo(slave, 0.25, 0.25, -0.3);
-    s.linkChain();
+    s.rebin();
     t->computeContactForces();
     EXPECT_NEAR(t->getGap(), 0.2, 1e-15);
     expectForce(slave, 0, 0, -4);
@@ -73,7 +73,7 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     auto onEdge = s.add(0.5, 0.5, 0.1);  // on edge 2-3, N1 = 0
     auto wide = s.add(0.25, 2.25, 0.1);  // y beyond 1 + T: skipped before area coordinates
     auto vertex = s.add(0, 0, 0.3);      // over node 1: N = (1, 0, 0)
-    s.linkChain();
+    s.rebin();
     auto t = make("NODES 1 2 3 T 1.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(far));
     EXPECT_FALSE(t->checkContact(outside));
@@ -97,7 +97,7 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     // A shell without thickness touches nothing (it would give FACTOR 0 / 0).
     s.clearForces();
     auto inPlane = s.add(0.25, 0.25, 0);
-    s.linkChain();
+    s.rebin();
     auto flat = make("NODES 1 2 3 T 0");
     EXPECT_FALSE(flat->checkContact(inPlane));
     flat->computeContactForces();
@@ -107,7 +107,7 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
 TEST_F(UnitTriangle, SolidIsOneSidedAndNoTriangleTouchesItsOwnNodes) {
     auto above = s.add(0.25, 0.25, 0.01);
     auto below = s.add(0.3, 0.25, -0.01);
-    s.linkChain();
+    s.rebin();
     auto t = make("NODES 1 2 3 TYPE SOLID T 2.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(above));
     EXPECT_FALSE(t->checkContact(a));
@@ -128,7 +128,7 @@ TEST(ContactTriangleMechanics, NodeOnASharedEdgeIsNotLostToRounding) {
     s.add(60.21428571, 60.5, -1);
     s.add(39.78571429, 60.5, -1);
     auto centre = s.add(50, 50, -0.6);
-    s.linkChain();
+    s.rebin();
     EXPECT_TRUE(s.make<ContactTriangle>("NODES 1 2 3 T 1.0 FACTOR 10")->checkContact(centre));
     EXPECT_TRUE(s.make<ContactTriangle>("NODES 1 3 4 T 1.0 FACTOR 10")->checkContact(centre));
 }
@@ -145,7 +145,7 @@ TEST(ContactTriangleMechanics, TiltedTriangleUsesItsLocalFrame) {
     place(1, 0, 0);
     place(0, 1, 0);
     auto slave = place(0.25, 0.25, 0.3);
-    s.linkChain();
+    s.rebin();
     auto t = s.make<ContactTriangle>("NODES 1 2 3 T 1.0 FACTOR 10");
     t->computeContactForces();
     EXPECT_NEAR(t->getGap(), -0.2, 1e-12);
@@ -166,7 +166,7 @@ TEST(ContactTriangleMechanics, ForcesOfManyContactsAreSelfEquilibrated) {
         s.clearForces();
         for (std::size_t k = 3; k < s.list.size(); ++k)
             s.list[k]->setX_pos(s.list[k]->getX_pos() + 0.01 * (k % 3)); // some slip
-        s.linkChain();
+        s.rebin();
         t->updateLocalCoordinateSystem();
         t->computeContactForces();
         double sum[3] = {0, 0, 0}, pressed = 0;
@@ -200,7 +200,7 @@ struct FrictionRun {
         s.clearForces();
         slave->setX_pos(x);
         slave->setY_pos(y);
-        s.linkChain();
+        s.rebin();
         t->updateLocalCoordinateSystem();
         t->computeContactForces();
     }

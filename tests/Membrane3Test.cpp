@@ -3,6 +3,7 @@
 #include "Membrane3.h"
 #include "ContactFixtures.h"
 #include "ContactLine.h"
+#include "ContactSearch.h"
 #include "ContactTriangle.h"
 
 #include <gtest/gtest.h>
@@ -361,13 +362,9 @@ TEST(Membrane3Contact, ContactForcesComeFromTheFaceAndTheEdges) {
     m.node(4, 0.3, 0.3, 0.1);
     m.node(5, 0.5, -0.1, 0.0);
     auto e = m.element(1, "NODES 1 2 3 MATERIAL STUB T 0.4 CONTACT EDGE FACTOR 10");
-    // The x-ordered chain of nodes that the contact search walks.
-    std::vector<std::shared_ptr<Node>> chain = {m.byNumber[1], m.byNumber[3], m.byNumber[4], m.byNumber[5],
-                                                m.byNumber[2]};
-    for (std::size_t i = 0; i < chain.size(); ++i) {
-        if (i > 0) chain[i]->setLeftNode(chain[i - 1]);
-        if (i + 1 < chain.size()) chain[i]->setRightNode(chain[i + 1]);
-    }
+    ContactSearch search;
+    e->attachContactSearch(search);
+    search.update(m.nodes);
     prepareAndStep(*e);
     for (auto& n : m.nodes)
         n->clearNodalForces();
@@ -380,7 +377,4 @@ TEST(Membrane3Contact, ContactForcesComeFromTheFaceAndTheEdges) {
         EXPECT_NEAR(m.byNumber[n]->getYContactForce(), expected[n - 1][1], 1e-12) << "node " << n;
         EXPECT_NEAR(m.byNumber[n]->getZContactForce(), expected[n - 1][2], 1e-12) << "node " << n;
     }
-    // The chain's links own their neighbours: break the cycle as the model does.
-    for (auto& n : chain)
-        n->clearNeighbours();
 }

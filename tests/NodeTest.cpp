@@ -161,15 +161,3 @@ TEST(NodeForces, PositiveForceKeepsOnlyPositiveComponents) {
     n.clearNodalForces();
     EXPECT_DOUBLE_EQ(n.getYForce(), 0.0);
 }
-
-TEST(NodeViews, ThreeComponentGettersShareStorage) {
-    Node n;
-    n.setXPositionOrigin(1.0);
-    TNT::Array1D<double> p = n.getPos();
-    ASSERT_EQ(p.dim1(), 3);
-    EXPECT_DOUBLE_EQ(p[0], 1.0);
-    p[1] = 4.0;
-    EXPECT_DOUBLE_EQ(n.getY_pos(), 4.0);
-    n.getRotVel()[2] = 0.5;
-    EXPECT_DOUBLE_EQ(n.getZ_rot_vel(), 0.5);
-}

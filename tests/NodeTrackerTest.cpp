@@ -58,14 +58,12 @@ TEST_F(NodeTrackerTest, EachTypeAndDirectionReadsItsOwnNodalValue) {
     // or axis shows in the row.
     Node& a = *nodes[1];
     Node& b = *nodes[2];
-    for (int k = 0; k < 3; ++k) {
-        a.getPos()[k] = 1.5 + k;
-        b.getPos()[k] = -0.25 * (k + 1);
-        a.getVel()[k] = 11 + k;
-        b.getVel()[k] = 1 << k;
-        a.getAcc()[k] = -21 - k;
-        b.getAcc()[k] = 0.125 * (1 << k);
-    }
+    a.setX_pos(1.5), a.setY_pos(2.5), a.setZ_pos(3.5);
+    b.setX_pos(-0.25), b.setY_pos(-0.5), b.setZ_pos(-0.75);
+    a.setX_vel(11), a.setY_vel(12), a.setZ_vel(13);
+    b.setX_vel(1), b.setY_vel(2), b.setZ_vel(4);
+    a.setX_acc(-21), a.setY_acc(-22), a.setZ_acc(-23);
+    b.setX_acc(0.125), b.setY_acc(0.25), b.setZ_acc(0.5);
     a.addInternalForce(100, 200, 300);
     a.addContactForce(0.5, 0.25, 0.125); // the total force holds the contact force too
     b.addContactForce(-8, -16, -32);
