@@ -1,5 +1,7 @@
 #include "BoundaryCondition.h"
 
+#include "DeckParser.h"
+
 #include "Amplitude.h"
 #include "Node.h"
 
@@ -65,37 +67,29 @@ BoundaryCondition::BoundaryCondition() {
 
 void BoundaryCondition::parseOstrel(std::vector<Token> tokens,
                                     const std::vector<std::shared_ptr<Amplitude>>& amplitudes) {
-    std::size_t i = 0;
-    while (i < tokens.size()) {
-        const std::string key = tokens[i].getWord();
-        bool done = false;
-        for (int k = 0; k < 6 && !done; ++k) {
-            if (key == velocityKeys[k] && tokens.at(i + 1).isANumber()) {
-                velocity[k] = tokens[i + 1].getFiniteNumber(key + " of constraint " + name);
-                velocitySet[k] = true;
-                done = true;
-            } else if (key == accelerationKeys[k] && tokens.at(i + 1).isANumber()) {
-                acceleration[k] = tokens[i + 1].getFiniteNumber(key + " of constraint " + name);
-                accelerationSet[k] = true;
-                done = true;
-            }
-        }
-        if (!done && key == "AMPLITUDE" && tokens.at(i + 1).isAWord()) {
-            const std::string wanted = tokens[i + 1].getWord();
-            std::shared_ptr<Amplitude> found;
-            for (const auto& a : amplitudes)
-                if (a->getName() == wanted) {
-                    found = a;
-                    break;
-                }
-            if (!found) throw std::invalid_argument("Amplitude name " + wanted + " is not found");
-            amplitude = found;
-            hasAmplitude = true;
-            done = true;
-        }
-        if (!done) throw std::invalid_argument("Input " + key + " is not recognized");
-        i += 2;
+    const DeckParser line(tokens, DeckParser::AtEnd::Checked);
+    using K = DeckParser::Follows;
+    std::vector<DeckParser::Keyword> table;
+    for (int k = 0; k < 6; ++k) {
+        table.push_back({velocityKeys[k], K::Number, [&, k](std::size_t i) {
+                             velocity[k] = line.finiteNumber(i + 1, std::string(velocityKeys[k]) +
+                                                                        " of constraint " + name);
+                             velocitySet[k] = true;
+                             return 2;
+                         }});
+        table.push_back({accelerationKeys[k], K::Number, [&, k](std::size_t i) {
+                             acceleration[k] = line.finiteNumber(i + 1, std::string(accelerationKeys[k]) +
+                                                                            " of constraint " + name);
+                             accelerationSet[k] = true;
+                             return 2;
+                         }});
     }
+    table.push_back({"AMPLITUDE", K::Word, [&](std::size_t i) {
+                         amplitude = DeckParser::require(amplitudes, line.at(i + 1).getWord(), "Amplitude");
+                         hasAmplitude = true;
+                         return 2;
+                     }});
+    line.read(table);
 }
 
 double BoundaryCondition::scaleFactor(double t) {

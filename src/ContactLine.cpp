@@ -1,5 +1,7 @@
 #include "ContactLine.h"
 
+#include "DeckParser.h"
+
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -24,13 +26,6 @@ ContactLine::makeEdgeContact(int lineNumber, const std::string& a, const std::st
 }
 
 namespace {
-std::string tokenText(const Token& t) {
-    if (t.isAWord()) return t.getWord();
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%g", t.getNumber());
-    return buf;
-}
-
 // Lines closer to parallel than this (sine of the angle) have no single pair
 // of closest points.
 constexpr double parallel_limit_ = 1e-15;
@@ -63,39 +58,39 @@ void ContactLine::parseOstrel(std::vector<Token> tokens, const std::vector<std::
                               const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                               const std::vector<std::shared_ptr<Material>>&,
                               const std::vector<std::shared_ptr<Load>>&) {
-    const std::size_t count = tokens.size();
-    std::size_t i = 0;
-    while (i < count) {
-        const Token& key = tokens[i];
-        const std::string word = key.getWord();
-        const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
-        if (key.isAWord() && word == "NODES") {
-            nodes = readNodes(tokens, i, 2, "Not enough nodes inputs for Element Contact Line", nodeMap);
-            nodesSet = true;
-            i += 3;
-        } else if (key.isAWord() && word == "R" && numberFollows) {
-            radius = tokens[i + 1].getFiniteNumber("R of contact line element " + std::to_string(number));
-            radiusSet = true;
-            i += 2;
-        } else if (key.isAWord() && word == "FACTOR" && numberFollows) {
-            factor =
-                tokens[i + 1].getFiniteNumber("FACTOR of contact line element " + std::to_string(number));
-            factorSet = true;
-            i += 2;
-        } else if (key.isAWord() && word == "FRICTION" && numberFollows) {
-            friction =
-                tokens[i + 1].getFiniteNumber("FRICTION of contact line element " + std::to_string(number));
-            frictionSet = true;
-            i += 2;
-        } else {
-            throw std::invalid_argument("Input " + tokenText(key) + " is not recognized");
-        }
-    }
+    const DeckParser line(tokens, DeckParser::AtEnd::Lenient);
+    using K = DeckParser::Follows;
+    const std::string of = " of contact line element " + std::to_string(number);
+    line.read(
+        {{"NODES", K::Anything,
+          [&](std::size_t i) {
+              nodes = line.nodes(i + 1, 2, "Not enough nodes inputs for Element Contact Line", nodeMap);
+              nodesSet = true;
+              return 3;
+          }},
+         {"R", K::Number,
+          [&](std::size_t i) {
+              radius = line.finiteNumber(i + 1, "R" + of);
+              radiusSet = true;
+              return 2;
+          }},
+         {"FACTOR", K::Number,
+          [&](std::size_t i) {
+              factor = line.finiteNumber(i + 1, "FACTOR" + of);
+              factorSet = true;
+              return 2;
+          }},
+         {"FRICTION", K::Number,
+          [&](std::size_t i) {
+              friction = line.finiteNumber(i + 1, "FRICTION" + of);
+              frictionSet = true;
+              return 2;
+          }}},
+        [&](std::size_t i) -> std::size_t { throw DeckParser::notRecognized(DeckParser::text(tokens[i])); });
 }
 
 void ContactLine::setInitialConditions() {
-    if (!nodesSet || nodes.size() < 2)
-        throw std::invalid_argument("Nodes are not set for element number " + std::to_string(number));
+    if (!nodesSet || nodes.size() < 2) throw DeckParser::nodesNotSet(number);
     updateLocalCoordinateSystem();
     if (!factorSet) factor = 10.0;
     if (!frictionSet) friction = 0.0;

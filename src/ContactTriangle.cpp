@@ -1,5 +1,7 @@
 #include "ContactTriangle.h"
 
+#include "DeckParser.h"
+
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -28,17 +30,6 @@ ContactTriangle::makeFaceContact(const std::string& n1, const std::string& n2, c
 }
 
 namespace {
-std::string tokenText(const Token& t) {
-    if (t.isAWord()) return t.getWord();
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%g", t.getNumber());
-    return buf;
-}
-
-std::invalid_argument notRecognized(const Token& t) {
-    return std::invalid_argument("Input " + tokenText(t) + " is not recognized");
-}
-
 // Friction acts on the direction of the slip; below this length the node sticks.
 constexpr double smallest_slip_ = 1e-15;
 // A node on an edge is inside the face; rounding can make an area coordinate
@@ -59,51 +50,52 @@ void ContactTriangle::parseOstrel(std::vector<Token> tokens, const std::vector<s
                                   const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                                   const std::vector<std::shared_ptr<Material>>&,
                                   const std::vector<std::shared_ptr<Load>>&) {
-    const std::size_t count = tokens.size();
-    std::size_t i = 0;
-    while (i < count) {
-        const Token& key = tokens[i];
-        const std::string word = key.getWord();
-        const bool numberFollows = i + 1 < count && tokens[i + 1].isANumber();
-        if (key.isAWord() && word == "NODES") {
-            nodes = readNodes(tokens, i, 3, "Not enough nodes inputs for Element Contact_Triangle", nodeMap);
-            for (int k = 0; k < 3; ++k)
-                nodePointers[k] = nodes[k].get();
-            nodesSet = true;
-            i += 4;
-        } else if (key.isAWord() && word == "T" && numberFollows) {
-            thickness =
-                tokens[i + 1].getFiniteNumber("T of contact triangle element " + std::to_string(number));
-            thicknessSet = true;
-            i += 2;
-        } else if (key.isAWord() && word == "FACTOR" && numberFollows) {
-            factor =
-                tokens[i + 1].getFiniteNumber("FACTOR of contact triangle element " + std::to_string(number));
-            factorSet = true;
-            i += 2;
-        } else if (key.isAWord() && word == "FRICTION" && numberFollows) {
-            friction = tokens[i + 1].getFiniteNumber("FRICTION of contact triangle element " +
-                                                     std::to_string(number));
-            frictionSet = true;
-            i += 2;
-        } else if (key.isAWord() && word == "TYPE" && i + 1 < count && tokens[i + 1].isAWord()) {
-            const std::string type = tokens[i + 1].getWord();
-            if (type == "SOLID")
-                contactType = 1;
-            else if (type == "SHELL")
-                contactType = 0;
-            else
-                throw notRecognized(tokens[i + 1]);
-            i += 2;
-        } else {
-            throw notRecognized(key);
-        }
-    }
+    const DeckParser line(tokens, DeckParser::AtEnd::Lenient);
+    using K = DeckParser::Follows;
+    const std::string of = " of contact triangle element " + std::to_string(number);
+    line.read(
+        {{"NODES", K::Anything,
+          [&](std::size_t i) {
+              nodes = line.nodes(i + 1, 3, "Not enough nodes inputs for Element Contact_Triangle", nodeMap);
+              for (int k = 0; k < 3; ++k)
+                  nodePointers[k] = nodes[k].get();
+              nodesSet = true;
+              return 4;
+          }},
+         {"T", K::Number,
+          [&](std::size_t i) {
+              thickness = line.finiteNumber(i + 1, "T" + of);
+              thicknessSet = true;
+              return 2;
+          }},
+         {"FACTOR", K::Number,
+          [&](std::size_t i) {
+              factor = line.finiteNumber(i + 1, "FACTOR" + of);
+              factorSet = true;
+              return 2;
+          }},
+         {"FRICTION", K::Number,
+          [&](std::size_t i) {
+              friction = line.finiteNumber(i + 1, "FRICTION" + of);
+              frictionSet = true;
+              return 2;
+          }},
+         {"TYPE", K::Word,
+          [&](std::size_t i) {
+              const std::string type = line.at(i + 1).getWord();
+              if (type == "SOLID")
+                  contactType = 1;
+              else if (type == "SHELL")
+                  contactType = 0;
+              else
+                  throw DeckParser::notRecognized(type);
+              return 2;
+          }}},
+        [&](std::size_t i) -> std::size_t { throw DeckParser::notRecognized(DeckParser::text(tokens[i])); });
 }
 
 void ContactTriangle::setInitialConditions() {
-    if (!nodesSet || nodes.size() < 3)
-        throw std::invalid_argument("Nodes are not set for element number " + std::to_string(number));
+    if (!nodesSet || nodes.size() < 3) throw DeckParser::nodesNotSet(number);
     updateLocalCoordinateSystem();
     if (!factorSet) factor = 10.0;
     if (!frictionSet) friction = 0.0;

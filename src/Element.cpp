@@ -34,20 +34,6 @@ std::string Element::formatValue(double v, bool zeroSmall) {
     return buf;
 }
 
-std::shared_ptr<Node> Element::findNode(const Token& t,
-                                        const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap) {
-    const double v = t.getNumber();
-    if (std::isfinite(v) && v > double(INT_MIN) - 1.0 && v < double(INT_MAX) + 1.0) {
-        const int wanted = static_cast<int>(v);
-        const auto found = nodeMap.find(wanted);
-        if (found != nodeMap.end()) return found->second;
-        throw std::invalid_argument("Node " + std::to_string(wanted) + " is not found");
-    }
-    std::ostringstream text;
-    text << v;
-    throw std::invalid_argument("Node " + text.str() + " is not found");
-}
-
 void Element::calculateLocalBasis(double x1, double y1, double z1, double x2, double y2, double z2, double x3,
                                   double y3, double z3, TNT::Array2D<double>& basis) {
     if (basis.dim1() != 3 || basis.dim2() != 3) basis = TNT::Array2D<double>(3, 3, 0.0);
@@ -69,16 +55,4 @@ void Element::calculateLocalBasis(double x1, double y1, double z1, double x2, do
     basis[1][0] = ny * e1z - nz * e1y;
     basis[1][1] = nz * e1x - nx * e1z;
     basis[1][2] = nx * e1y - ny * e1x;
-}
-
-std::vector<std::shared_ptr<Node>>
-Element::readNodes(const std::vector<Token>& tokens, std::size_t i, std::size_t count,
-                   const char* shortMessage, const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap) {
-    if (i + count >= tokens.size()) throw std::invalid_argument(shortMessage);
-    std::vector<std::shared_ptr<Node>> found;
-    for (std::size_t k = i + 1; k <= i + count; ++k) {
-        if (tokens[k].isAWord()) throw std::invalid_argument(shortMessage);
-        found.push_back(findNode(tokens[k], nodeMap));
-    }
-    return found;
 }

@@ -96,19 +96,6 @@ protected:
             __builtin_prefetch(q, 1);
         if (bytes > 0) __builtin_prefetch(first + bytes - 1, 1);
     }
-    // The node a deck names by number (truncated toward zero, as element
-    // numbers are); "Node <number> is not found" when there is none, also for
-    // a value that no int can hold (NaN, INF, 1E20).
-    static std::shared_ptr<Node> findNode(const Token& t,
-                                          const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap);
-    // The `count` nodes named by the numbers after the keyword at position i;
-    // `shortMessage` when fewer than `count` tokens follow or one of them is
-    // a word (nodes are looked up in order, so a missing node ahead of the
-    // word is reported first).
-    static std::vector<std::shared_ptr<Node>>
-    readNodes(const std::vector<Token>& tokens, std::size_t i, std::size_t count, const char* shortMessage,
-              const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap);
-
     int number;
     int numberOfNodes;
     std::vector<std::shared_ptr<Node>> nodes;

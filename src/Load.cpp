@@ -1,5 +1,7 @@
 #include "Load.h"
 
+#include "DeckParser.h"
+
 #include "Amplitude.h"
 
 #include <stdexcept>
@@ -9,44 +11,36 @@ Load::Load() : loadVector(6, 0.0), accVector(6, 0.0) {}
 void Load::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Amplitude>>& amplitudes) {
     static const char* const loadKeys[6] = {"FX", "FY", "FZ", "MX", "MY", "MZ"};
     static const char* const accKeys[6] = {"AX", "AY", "AZ", "ARX", "ARY", "ARZ"};
-    std::size_t i = 0;
-    while (i < tokens.size()) {
-        const std::string key = tokens[i].getWord();
-        const bool valueFollows = i + 1 < tokens.size() && tokens[i + 1].isANumber();
-        bool consumed = false;
-        if (key == "AMPLITUDE" && i + 1 < tokens.size() && tokens[i + 1].isAWord()) {
-            const std::string wanted = tokens[i + 1].getWord();
-            amplitude.reset();
-            for (const auto& a : amplitudes)
-                if (a->getName() == wanted) {
-                    amplitude = a;
-                    break;
-                }
-            if (!amplitude) throw std::invalid_argument("Amplitude name " + wanted + " is not found");
-            hasAmplitude = true;
-            consumed = true;
-        } else if (valueFollows) {
-            const double v = tokens[i + 1].getFiniteNumber(key + " of load " + name);
-            if (key == "P") {
-                pressure = v;
-                pressureSet = true;
-                consumed = true;
-            }
-            for (int k = 0; k < 6 && !consumed; ++k) {
-                if (key == loadKeys[k]) {
-                    loadVector[k] = v;
-                    loadSet[k] = true;
-                    consumed = true;
-                } else if (key == accKeys[k]) {
-                    accVector[k] = v;
-                    accSet[k] = true;
-                    consumed = true;
-                }
-            }
-        }
-        if (!consumed) throw std::invalid_argument("Input " + key + " is not recognized");
-        i += 2;
+    const DeckParser line(tokens, DeckParser::AtEnd::Lenient);
+    using K = DeckParser::Follows;
+    auto value = [&](double& target, bool& set, const char* key) {
+        return [&, key](std::size_t i) {
+            target = line.finiteNumber(i + 1, std::string(key) + " of load " + name);
+            set = true;
+            return std::size_t(2);
+        };
+    };
+    std::vector<DeckParser::Keyword> table = {{"AMPLITUDE", K::Word,
+                                               [&](std::size_t i) {
+                                                   amplitude.reset();
+                                                   amplitude = DeckParser::require(
+                                                       amplitudes, line.at(i + 1).getWord(), "Amplitude");
+                                                   hasAmplitude = true;
+                                                   return 2;
+                                               }},
+                                              {"P", K::Number, value(pressure, pressureSet, "P")}};
+    for (int k = 0; k < 6; ++k) {
+        table.push_back({loadKeys[k], K::Number, value(loadVector[k], loadSet[k], loadKeys[k])});
+        table.push_back({accKeys[k], K::Number, value(accVector[k], accSet[k], accKeys[k])});
     }
+    line.read(table, [&](std::size_t i) -> std::size_t {
+        // A number after an unknown word is read first, so that a value that
+        // is not finite is reported as such.
+        const std::string key = tokens[i].getWord();
+        if (i + 1 < tokens.size() && tokens[i + 1].isANumber())
+            line.finiteNumber(i + 1, key + " of load " + name);
+        throw DeckParser::notRecognized(key);
+    });
 }
 
 double Load::factor(double time) {

@@ -1,5 +1,6 @@
 #include "Membrane3.h"
 
+#include "DeckParser.h"
 #include "Load.h"
 #include "Material.h"
 #include "Node.h"
@@ -30,69 +31,46 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
                             const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                             const std::vector<std::shared_ptr<Material>>& materials,
                             const std::vector<std::shared_ptr<Load>>& loads) {
-    std::size_t i = 0;
-    while (i < tokens.size()) {
-        const std::string key = tokens[i].getWord();
-        if (key == "NODES") {
-            int numbers[3];
-            for (int k = 0; k < 3; ++k) {
-                const Token& t = tokens.at(i + 1 + k);
-                if (t.isAWord()) throw std::invalid_argument("Not enough nodes inputs for Element Membrane3");
-                const double v = t.getNumber();
-                // No node can carry a number outside the int range (or NaN).
-                if (!(v > INT_MIN - 1.0 && v < INT_MAX + 1.0)) {
-                    char text[32];
-                    std::snprintf(text, sizeof text, "%g", v);
-                    throw std::invalid_argument(std::string("Node ") + text + " is not found");
-                }
-                numbers[k] = static_cast<int>(v);
-            }
-            nodes.clear();
-            for (int k = 0; k < 3; ++k) {
-                const auto found = nodeMap.find(numbers[k]);
-                if (found == nodeMap.end())
-                    throw std::invalid_argument("Node " + std::to_string(numbers[k]) + " is not found");
-                nodes.push_back(found->second);
-            }
-            for (int k = 0; k < 3; ++k)
-                nodePointers[k] = nodes[k].get();
-            nodesSet = true;
-            i += 4;
-        } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
-            const std::string wanted = tokens[i + 1].getWord();
-            std::shared_ptr<Material> found;
-            for (const auto& m : materials)
-                if (m->nameRef() == wanted) {
-                    found = m;
-                    break;
-                }
-            if (!found) throw std::invalid_argument("Material name " + wanted + " is not found");
-            material = found;
-            materialSet = true;
-            i += 2;
-        } else if (key == "LOAD" && tokens.at(i + 1).isAWord()) {
-            const std::string wanted = tokens[i + 1].getWord();
-            std::shared_ptr<Load> found;
-            for (const auto& l : loads)
-                if (l->getName() == wanted) {
-                    found = l;
-                    break;
-                }
-            // An unknown load read before any material is reported with the
-            // material wording; this is the program's message and is kept.
-            if (!found && !material) throw std::invalid_argument("Material name " + wanted + " is not found");
-            if (!found) throw std::invalid_argument("Load name " + wanted + " is not found");
-            load = found;
-            i += 2;
-        } else if (key == "T" && tokens.at(i + 1).isANumber()) {
-            thickness = tokens[i + 1].getFiniteNumber("T of membrane element " + std::to_string(number));
-            i += 2;
-        } else if (contact.readKeyword(tokens, i, key, "membrane", number)) {
-            // CONTACT, FACTOR or FRICTION, read by the face contact
-        } else {
-            throw std::invalid_argument("Input " + key + " is not recognized");
-        }
-    }
+    const DeckParser line(tokens, DeckParser::AtEnd::Checked);
+    using K = DeckParser::Follows;
+    line.read({{"NODES", K::Anything,
+                [&](std::size_t i) {
+                    nodes = line.nodes(i + 1, 3, "Not enough nodes inputs for Element Membrane3", nodeMap,
+                                       DeckParser::NodeOrder::WholeList);
+                    for (int k = 0; k < 3; ++k)
+                        nodePointers[k] = nodes[k].get();
+                    nodesSet = true;
+                    return 4;
+                }},
+               {"MATERIAL", K::Word,
+                [&](std::size_t i) {
+                    material = DeckParser::require(materials, line.at(i + 1).getWord(), "Material");
+                    materialSet = true;
+                    return 2;
+                }},
+               {"LOAD", K::Word,
+                [&](std::size_t i) {
+                    const std::string wanted = line.at(i + 1).getWord();
+                    auto found = DeckParser::find(loads, wanted);
+                    // An unknown load read before any material is reported with the
+                    // material wording (intended; see the user guide, "Quirks worth knowing").
+                    if (!found && !material) throw DeckParser::notFound("Material", wanted);
+                    if (!found) throw DeckParser::notFound("Load", wanted);
+                    load = found;
+                    return 2;
+                }},
+               {"T", K::Number,
+                [&](std::size_t i) {
+                    thickness = line.finiteNumber(i + 1, "T of membrane element " + std::to_string(number));
+                    return 2;
+                }}},
+              [&](std::size_t i) -> std::size_t {
+                  std::size_t next = i;
+                  // CONTACT, FACTOR or FRICTION, read by the face contact.
+                  if (contact.readKeyword(tokens, next, tokens[i].getWord(), "membrane", number))
+                      return next - i;
+                  throw DeckParser::notRecognized(tokens[i].getWord());
+              });
 
     contact.build(nodes, thickness, allNodes, nodeMap, materials, loads);
 }

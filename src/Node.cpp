@@ -1,5 +1,7 @@
 #include "Node.h"
 
+#include "DeckParser.h"
+
 #include "Constraint.h"
 #include "Load.h"
 
@@ -10,49 +12,32 @@
 
 void Node::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Constraint>>& constraints,
                        const std::vector<std::shared_ptr<Load>>& loads) {
-    std::size_t i = 0;
-    while (i < tokens.size()) {
-        const std::string key = tokens.at(i).getWord();
-        if ((key == "X" || key == "Y" || key == "Z") && tokens.at(i + 1).isANumber()) {
-            const double v = tokens.at(i + 1).getNumber();
+    const DeckParser line(tokens, DeckParser::AtEnd::Checked);
+    using K = DeckParser::Follows;
+    auto coordinate = [&](int k) {
+        return [this, &line, k](std::size_t i) {
+            const char* axis[3] = {"X", "Y", "Z"};
+            const double v = line.at(i + 1).getNumber();
             if (!std::isfinite(v))
-                throw std::invalid_argument("Coordinate " + key + " of node " + std::to_string(number) +
-                                            " is not a finite number");
-            if (key == "X") {
-                setXPositionOrigin(v);
-                xGiven = true;
-            } else if (key == "Y") {
-                setYPositionOrigin(v);
-                yGiven = true;
-            } else {
-                setZPositionOrigin(v);
-                zGiven = true;
-            }
-        } else if (key == "CONSTRAINT" && tokens.at(i + 1).isAWord()) {
-            const std::string wanted = tokens.at(i + 1).getWord();
-            std::shared_ptr<Constraint> found;
-            for (auto& c : constraints)
-                if (c->getName() == wanted) {
-                    found = c;
-                    break;
-                }
-            if (!found) throw std::invalid_argument("Constraint name " + wanted + " is not found");
-            constraint = found;
-        } else if (key == "LOAD" && tokens.at(i + 1).isAWord()) {
-            const std::string wanted = tokens.at(i + 1).getWord();
-            std::shared_ptr<Load> found;
-            for (auto& l : loads)
-                if (l->getName() == wanted) {
-                    found = l;
-                    break;
-                }
-            if (!found) throw std::invalid_argument("Load name " + wanted + " is not found");
-            load = found;
-        } else {
-            throw std::invalid_argument("Input " + key + " is not recognized");
-        }
-        i += 2;
-    }
+                throw std::invalid_argument(std::string("Coordinate ") + axis[k] + " of node " +
+                                            std::to_string(number) + " is not a finite number");
+            setOrigin(k, v);
+            (k == 0 ? xGiven : k == 1 ? yGiven : zGiven) = true;
+            return std::size_t(2);
+        };
+    };
+    line.read({{"X", K::Number, coordinate(0)},
+               {"Y", K::Number, coordinate(1)},
+               {"Z", K::Number, coordinate(2)},
+               {"CONSTRAINT", K::Word,
+                [&](std::size_t i) {
+                    constraint = DeckParser::require(constraints, line.at(i + 1).getWord(), "Constraint");
+                    return 2;
+                }},
+               {"LOAD", K::Word, [&](std::size_t i) {
+                    load = DeckParser::require(loads, line.at(i + 1).getWord(), "Load");
+                    return 2;
+                }}});
 }
 
 void Node::parseOstrel() {

@@ -1,5 +1,7 @@
 #include "Rod2.h"
 
+#include "DeckParser.h"
+
 #include "ContactLine.h"
 #include "Elastic.h"
 #include "Material.h"
@@ -34,54 +36,54 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
                        const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                        const std::vector<std::shared_ptr<Material>>& materials,
                        const std::vector<std::shared_ptr<Load>>& loads) {
-    std::size_t i = 0;
-    while (i < tokens.size()) {
-        const std::string key = tokens[i].getWord();
-        if (key == "NODES") {
-            const Token& first = tokens.at(i + 1);
-            const Token& second = tokens.at(i + 2);
-            if (first.isAWord() || second.isAWord())
-                throw std::invalid_argument("Not enough nodes inputs for Element Rod2");
-            // A repeated NODES appends its pair: the rod acts between the first
-            // two nodes and its cell line lists them all (intended; see the
-            // user guide, "Quirks worth knowing").
-            for (const Token* t : {&first, &second})
-                nodes.push_back(findNode(*t, nodeMap));
-            node1 = nodes[0].get();
-            node2 = nodes[1].get();
-            // A cell through more than two points is a poly-line in the results.
-            if (nodes.size() > 2) vtkCellType = "4";
-            nodesSet = true;
-            i += 3;
-        } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
-            const std::string wanted = tokens[i + 1].getWord();
-            bool found = false;
-            for (const auto& m : materials)
-                if (m->getName() == wanted) {
-                    material = m;
-                    found = true;
-                    break;
-                }
-            // A name that matches nothing is only fatal while no material is set.
-            if (!found && !material) throw std::invalid_argument("Material name " + wanted + " is not found");
-            materialSet = true;
-            i += 2;
-        } else if (key == "D" && tokens.at(i + 1).isANumber()) {
-            diameter = tokens[i + 1].getFiniteNumber("D of rod element " + std::to_string(number));
-            diameterSet = true;
-            i += 2;
-        } else if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
-            if (tokens[i + 1].getWord() != "EDGE") throw std::invalid_argument("Invalid CONTACT type");
-            contactType = 302;
-            i += 2;
-        } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
-            contactFactor = tokens[i + 1].getFiniteNumber("FACTOR of rod element " + std::to_string(number));
-            contactFactorSet = true;
-            i += 2;
-        } else {
-            throw std::invalid_argument("Input " + key + " is not recognized");
-        }
-    }
+    const DeckParser line(tokens, DeckParser::AtEnd::Checked);
+    using K = DeckParser::Follows;
+    line.read({{"NODES", K::Anything,
+                [&](std::size_t i) {
+                    // A repeated NODES appends its pair: the rod acts between the first
+                    // two nodes and its cell line lists them all (intended; see the
+                    // user guide, "Quirks worth knowing").
+                    for (auto& n : line.nodes(i + 1, 2, "Not enough nodes inputs for Element Rod2", nodeMap,
+                                              DeckParser::NodeOrder::FetchFirst))
+                        nodes.push_back(n);
+                    node1 = nodes[0].get();
+                    node2 = nodes[1].get();
+                    // A cell through more than two points is a poly-line in the results.
+                    if (nodes.size() > 2) vtkCellType = "4";
+                    nodesSet = true;
+                    return 3;
+                }},
+               {"MATERIAL", K::Word,
+                [&](std::size_t i) {
+                    const std::string wanted = line.at(i + 1).getWord();
+                    // A name that matches nothing is only fatal while no material is set
+                    // (intended; see the user guide, "Quirks worth knowing").
+                    if (auto found = DeckParser::find(materials, wanted))
+                        material = found;
+                    else if (!material)
+                        throw DeckParser::notFound("Material", wanted);
+                    materialSet = true;
+                    return 2;
+                }},
+               {"D", K::Number,
+                [&](std::size_t i) {
+                    diameter = line.finiteNumber(i + 1, "D of rod element " + std::to_string(number));
+                    diameterSet = true;
+                    return 2;
+                }},
+               {"CONTACT", K::Word,
+                [&](std::size_t i) {
+                    if (line.at(i + 1).getWord() != "EDGE")
+                        throw std::invalid_argument("Invalid CONTACT type");
+                    contactType = 302;
+                    return 2;
+                }},
+               {"FACTOR", K::Number, [&](std::size_t i) {
+                    contactFactor =
+                        line.finiteNumber(i + 1, "FACTOR of rod element " + std::to_string(number));
+                    contactFactorSet = true;
+                    return 2;
+                }}});
 
     if (contactType == 302) {
         contactLine = std::make_shared<ContactLine>();

@@ -1,5 +1,6 @@
 #include "S3L_C0.h"
 
+#include "DeckParser.h"
 #include "Load.h"
 #include "Material.h"
 #include "Node.h"
@@ -14,13 +15,6 @@ namespace {
 
 // Larger counts are a typing slip: each point costs a strain and a stress vector.
 constexpr int maxIntegrationPoints = 100;
-
-std::string tokenText(const Token& t) {
-    if (t.isAWord()) return t.getWord();
-    std::ostringstream s;
-    s << t.getNumber();
-    return s.str();
-}
 
 double dot3(const double* a, double x, double y, double z) {
     return a[0] * x + a[1] * y + a[2] * z;
@@ -54,63 +48,60 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
                          const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                          const std::vector<std::shared_ptr<Material>>& materials,
                          const std::vector<std::shared_ptr<Load>>& loads) {
-    std::size_t i = 0;
-    while (i < tokens.size()) {
-        const Token& token = tokens[i];
-        const std::string key = token.isAWord() ? token.getWord() : std::string();
-        if (key == "NODES") {
-            // A repeated NODES replaces the three, so that the element never
-            // holds more nodes than its cell line in the results can carry.
-            nodes.clear();
-            for (int k = 1; k <= 3; ++k) {
-                const Token& value = tokens.at(i + k);
-                if (value.isAWord())
-                    throw std::invalid_argument("Not enough nodes inputs for Element S3L_C0");
-                nodes.push_back(findNode(value, nodeMap));
-            }
-            for (int k = 0; k < 3; ++k)
-                nodePointers[k] = nodes[k].get();
-            nodesSet = true;
-            i += 4;
-        } else if (key == "MATERIAL" && tokens.at(i + 1).isAWord()) {
-            const std::string name = tokens[i + 1].getWord();
-            for (const auto& m : materials)
-                if (m->nameRef() == name) {
-                    material = m;
-                    break;
-                }
-            if (!material) throw std::invalid_argument("Material name " + name + " is not found");
-            materialSet = true;
-            i += 2;
-        } else if (key == "LOAD" && tokens.at(i + 1).isAWord()) {
-            const std::string name = tokens[i + 1].getWord();
-            for (const auto& l : loads)
-                if (l->getName() == name) {
-                    load = l;
-                    break;
-                }
-            // Without a material yet, a missing load is reported with the material wording.
-            if (!load && !material) throw std::invalid_argument("Material name " + name + " is not found");
-            if (!load) throw std::invalid_argument("Load name " + name + " is not found");
-            i += 2;
-        } else if (key == "T" && tokens.at(i + 1).isANumber()) {
-            thickness = tokens[i + 1].getFiniteNumber("T of shell element " + std::to_string(number));
-            i += 2;
-        } else if (contact.readKeyword(tokens, i, key, "shell", number)) {
-            // CONTACT, FACTOR or FRICTION, read by the face contact
-        } else if (key == "NIP" && tokens.at(i + 1).isANumber()) {
-            const double v = tokens[i + 1].getNumber();
-            if (!(v > -1.0 - maxIntegrationPoints && v < 1.0 + maxIntegrationPoints))
-                throw std::invalid_argument(errorPrefix() + ". NIP " + tokenText(tokens[i + 1]) +
-                                            " is out of range");
-            numberOfIntegrationPoints = static_cast<int>(v);
-            i += 2;
-        } else {
-            // A stray number has no word: the message names an empty input
-            // (intended; see the user guide, "Quirks worth knowing").
-            throw std::invalid_argument("Input " + token.getWord() + " is not recognized");
-        }
-    }
+    const DeckParser line(tokens, DeckParser::AtEnd::Checked);
+    using K = DeckParser::Follows;
+    line.read({{"NODES", K::Anything,
+                [&](std::size_t i) {
+                    // A repeated NODES replaces the three, so that the element never
+                    // holds more nodes than its cell line in the results can carry.
+                    nodes = line.nodes(i + 1, 3, "Not enough nodes inputs for Element S3L_C0", nodeMap);
+                    for (int k = 0; k < 3; ++k)
+                        nodePointers[k] = nodes[k].get();
+                    nodesSet = true;
+                    return 4;
+                }},
+               {"MATERIAL", K::Word,
+                [&](std::size_t i) {
+                    // A later unknown name leaves the material found before (intended;
+                    // see the user guide, "Quirks worth knowing").
+                    const std::string name = line.at(i + 1).getWord();
+                    if (auto found = DeckParser::find(materials, name)) material = found;
+                    if (!material) throw DeckParser::notFound("Material", name);
+                    materialSet = true;
+                    return 2;
+                }},
+               {"LOAD", K::Word,
+                [&](std::size_t i) {
+                    const std::string name = line.at(i + 1).getWord();
+                    if (auto found = DeckParser::find(loads, name)) load = found;
+                    // Without a material yet, a missing load is reported with the material wording.
+                    if (!load && !material) throw DeckParser::notFound("Material", name);
+                    if (!load) throw DeckParser::notFound("Load", name);
+                    return 2;
+                }},
+               {"T", K::Number,
+                [&](std::size_t i) {
+                    thickness = line.finiteNumber(i + 1, "T of shell element " + std::to_string(number));
+                    return 2;
+                }},
+               {"NIP", K::Number,
+                [&](std::size_t i) {
+                    const double v = line.at(i + 1).getNumber();
+                    if (!(v > -1.0 - maxIntegrationPoints && v < 1.0 + maxIntegrationPoints))
+                        throw std::invalid_argument(errorPrefix() + ". NIP " +
+                                                    DeckParser::text(line.at(i + 1)) + " is out of range");
+                    numberOfIntegrationPoints = static_cast<int>(v);
+                    return 2;
+                }}},
+              [&](std::size_t i) -> std::size_t {
+                  std::size_t next = i;
+                  // CONTACT, FACTOR or FRICTION, read by the face contact.
+                  if (contact.readKeyword(tokens, next, tokens[i].getWord(), "shell", number))
+                      return next - i;
+                  // A stray number has no word: the message names an empty input
+                  // (intended; see the user guide, "Quirks worth knowing").
+                  throw DeckParser::notRecognized(tokens[i].getWord());
+              });
     contact.build(nodes, thickness, allNodes, nodeMap, materials, loads);
 }
 
