@@ -254,7 +254,7 @@ void ContactLine::computeContactForces() {
 }
 
 std::string ContactLine::printVTK(int what, int component) {
-    if (what == 100 || what == 200 || what == 201) return "0.0";
+    if (what == vtkStrain || what == vtkStress || what == vtkStressExtra) return "0.0";
     return Element::printVTK(what, component);
 }
 

@@ -84,9 +84,9 @@ void ContactTriangle::parseOstrel(std::vector<Token> tokens, const std::vector<s
           [&](std::size_t i) {
               const std::string type = line.at(i + 1).getWord();
               if (type == "SOLID")
-                  contactType = 1;
+                  contactType = solidSurface;
               else if (type == "SHELL")
-                  contactType = 0;
+                  contactType = shellSurface;
               else
                   throw DeckParser::notRecognized(type);
               return 2;
@@ -175,14 +175,14 @@ bool ContactTriangle::checkContact(const Node* node, double x, double y, double 
           areaCoordinates[2] >= -edge_tolerance_))
         return false;
 
-    if (contactType == 0) {
+    if (contactType == shellSurface) {
         // Without thickness the two-sided surface has no penetration to measure.
         const double half = 0.5 * thickness;
         if (!(half > 0.0) || std::fabs(p[2]) > half) return false;
         gap = p[2] > 0.0 ? p[2] - half : p[2] + half;
         return true;
     }
-    if (contactType == 1) {
+    if (contactType == solidSurface) {
         if (p[2] > 0.0) return false;
         gap = p[2];
         return true;
@@ -235,7 +235,7 @@ void ContactTriangle::addFriction(const Node* node) {
 }
 
 void ContactTriangle::applyContact(Node* node) {
-    const double fn = contactType == 0 ? factor * gap / (0.5 * thickness) : factor * gap;
+    const double fn = contactType == shellSurface ? factor * gap / (0.5 * thickness) : factor * gap;
     localForce[0] = 0.0;
     localForce[1] = 0.0;
     localForce[2] = fn;
@@ -263,7 +263,7 @@ void ContactTriangle::computeContactForces() {
 }
 
 std::string ContactTriangle::printVTK(int what, int component) {
-    if (what == 100 || what == 200 || what == 201) return "0.0";
+    if (what == vtkStrain || what == vtkStress || what == vtkStressExtra) return "0.0";
     return Element::printVTK(what, component);
 }
 

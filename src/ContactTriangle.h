@@ -17,6 +17,13 @@
 #include <memory>
 #include <vector>
 
+// How a contact triangle meets a node (TYPE SHELL or SOLID; the numbers are
+// the codes the triangle keeps).
+enum ContactSurface : int {
+    shellSurface = 0, // a sheet of thickness T, pushing from either side
+    solidSurface = 1, // the outside of a solid, pushing along the normal
+};
+
 class ContactTriangle : public Element {
 public:
     // The face contact a membrane or shell makes for itself (numbered -1):
@@ -112,7 +119,7 @@ private:
     double thickness = 1.0;
     double factor = 10.0;
     double friction = 0.0;
-    int contactType = 0; // 0 SHELL, 1 SOLID
+    int contactType = shellSurface;
     bool thicknessSet = false, nodesSet = false, factorSet = false, frictionSet = false;
     double area = 0.0;
     double localCoordinates[3][3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};

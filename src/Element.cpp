@@ -17,8 +17,8 @@ void Element::runStep(double dt, double time, bool automaticStep, double& candid
 }
 
 std::string Element::printVTK(int what, int /*component*/) {
-    if (what == 0) return vtkCellType + "\n";
-    if (what == 1) {
+    if (what == vtkCellTypeLine) return vtkCellType + "\n";
+    if (what == vtkCellLine) {
         std::string line = std::to_string(nodes.size());
         for (const auto& n : nodes)
             line += "\t" + std::to_string(n->getNumber());

@@ -16,6 +16,26 @@ class Node;
 class Material;
 class Load;
 
+// Contact that a structural element carries, as its CONTACT keyword sets it
+// (the numbers are the codes the element keeps).
+enum ContactKind : int {
+    noContact = 300,
+    faceContact = 301,     // CONTACT BASIC: a contact triangle on the face
+    faceEdgeContact = 302, // CONTACT EDGE: the face and a contact line on each edge
+};
+
+// What printVTK answers: the cell type line, the cell line, a strain or a
+// stress component.
+enum VtkField : int {
+    vtkCellTypeLine = 0,
+    vtkCellLine = 1,
+    vtkStrain = 100,
+    vtkStress = 200,
+    // No writer asks for it; contact elements answer it with "0.0" like the
+    // stress (intended; see the user guide, "Quirks worth knowing").
+    vtkStressExtra = 201,
+};
+
 class Element {
 public:
     Element();
@@ -36,9 +56,8 @@ public:
     virtual void computeInternalForces(double dt, int ip) = 0;
     virtual void computeExternalForces(double time) = 0;
     virtual void computeContactForces() = 0;
-    // Text for the result writer and the trackers:
-    //   (0, 0) the VTK cell type line, (1, 0) the cell line,
-    //   (100, c) strain component c, (200, c) stress component c.
+    // Text for the result writer and the trackers (`what` is a VtkField):
+    // the VTK cell type line, the cell line, strain or stress component c.
     virtual std::string printVTK(int what, int component);
     // Asks the processor to start loading what the next step of this element
     // reads (a hint only: it changes no value). The loop calls it a few

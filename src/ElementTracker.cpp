@@ -66,7 +66,10 @@ void ElementTracker::printCSV(double time) {
     char text[64];
     formatTime(time, text);
     file << text;
-    const int code = component == UNSET ? 0 : type == STRAIN ? 100 : type == STRESS ? 200 : 0;
+    const int code = component == UNSET ? vtkCellTypeLine
+                     : type == STRAIN   ? vtkStrain
+                     : type == STRESS   ? vtkStress
+                                        : vtkCellTypeLine;
     float total = 0.0f;
     for (const auto& e : elements) {
         if (code == 0) {

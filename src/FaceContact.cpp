@@ -11,9 +11,9 @@ bool FaceContact::readKeyword(const std::vector<Token>& tokens, std::size_t& i, 
     if (key == "CONTACT" && tokens.at(i + 1).isAWord()) {
         const std::string word = tokens[i + 1].getWord();
         if (word == "BASIC")
-            type = 301;
+            type = faceContact;
         else if (word == "EDGE")
-            type = 302;
+            type = faceEdgeContact;
         else
             throw std::invalid_argument("Invalid CONTACT type");
     } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
@@ -42,7 +42,7 @@ void FaceContact::build(const std::vector<std::shared_ptr<Node>>& elementNodes, 
     const std::string n3 = std::to_string(elementNodes.at(2)->getNumber());
     triangle = ContactTriangle::makeFaceContact(n1, n2, n3, thickness, factorSet, factor, frictionSet,
                                                 friction, allNodes, nodeMap, materials, loads);
-    if (type != 302) return;
+    if (type != faceEdgeContact) return;
     auto makeLine = [&](int lineNumber, const std::string& a, const std::string& b) {
         return ContactLine::makeEdgeContact(lineNumber, a, b, thickness * 0.5, factorSet, factor, allNodes,
                                             nodeMap, materials, loads);
@@ -54,28 +54,28 @@ void FaceContact::build(const std::vector<std::shared_ptr<Node>>& elementNodes, 
 
 void FaceContact::assembleMassMatrix() {
     if (onFace()) triangle->assembleMassMatrix();
-    if (type != 302) return;
+    if (type != faceEdgeContact) return;
     for (ContactLine* line : {line1.get(), line2.get(), line3.get()})
         if (line) line->assembleMassMatrix();
 }
 
 void FaceContact::attachContactSearch(ContactSearch& search) {
     if (onFace()) triangle->attachContactSearch(search);
-    if (type != 302) return;
+    if (type != faceEdgeContact) return;
     for (ContactLine* line : {line1.get(), line2.get(), line3.get()})
         if (line) line->attachContactSearch(search);
 }
 
 void FaceContact::setInitialConditions() {
     if (onFace()) triangle->setInitialConditions();
-    if (type != 302) return;
+    if (type != faceEdgeContact) return;
     for (ContactLine* line : {line1.get(), line2.get(), line3.get()})
         if (line) line->setInitialConditions();
 }
 
 void FaceContact::updateLocalCoordinateSystem() {
     if (onFace()) triangle->updateLocalCoordinateSystem();
-    if (type != 302) return;
+    if (type != faceEdgeContact) return;
     for (ContactLine* line : {line1.get(), line2.get(), line3.get()})
         if (line) line->updateLocalCoordinateSystem();
 }
@@ -83,7 +83,7 @@ void FaceContact::updateLocalCoordinateSystem() {
 void FaceContact::computeContactForces() {
     if (!onFace()) return;
     triangle->computeContactForces();
-    if (type != 302) return;
+    if (type != faceEdgeContact) return;
     for (ContactLine* line : {line1.get(), line2.get(), line3.get()})
         if (line) line->computeContactForces();
 }

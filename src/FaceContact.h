@@ -6,6 +6,7 @@
 // assembly, the initial conditions, the frame updates and the contact forces.
 #pragma once
 
+#include "Element.h"
 #include "Token.h"
 
 #include <memory>
@@ -43,7 +44,7 @@ public:
     void updateLocalCoordinateSystem();
     void computeContactForces();
 
-    // 300 no contact, 301 BASIC, 302 EDGE.
+    // A ContactKind.
     int getType() const { return type; }
     const std::shared_ptr<ContactTriangle>& getTriangle() const { return triangle; }
     // Line 1 (nodes 1-2), 2 (2-3) or 3 (3-1); empty without EDGE.
@@ -52,9 +53,9 @@ public:
     }
 
 private:
-    bool onFace() const { return type == 301 || type == 302; }
+    bool onFace() const { return type == faceContact || type == faceEdgeContact; }
 
-    int type = 300;
+    int type = noContact;
     double factor = 0.0;
     double friction = 0.0;
     bool factorSet = false;

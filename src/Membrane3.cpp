@@ -284,9 +284,9 @@ double Membrane3::checkTimestep(double dt) {
 }
 
 std::string Membrane3::printVTK(int what, int component) {
-    if (what == 100 || what == 200) {
+    if (what == vtkStrain || what == vtkStress) {
         if (component < 0 || component > 5) return "0.0";
-        return formatValue(what == 100 ? strain[component] : stress[component], true);
+        return formatValue(what == vtkStrain ? strain[component] : stress[component], true);
     }
     return Element::printVTK(what, component);
 }

@@ -75,7 +75,7 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
                 [&](std::size_t i) {
                     if (line.at(i + 1).getWord() != "EDGE")
                         throw std::invalid_argument("Invalid CONTACT type");
-                    contactType = 302;
+                    contactType = faceEdgeContact;
                     return 2;
                 }},
                {"FACTOR", K::Number, [&](std::size_t i) {
@@ -85,7 +85,7 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
                     return 2;
                 }}});
 
-    if (contactType == 302) {
+    if (contactType == faceEdgeContact) {
         contactLine = std::make_shared<ContactLine>();
         contactLine->setNumber(-1);
         contactLine->parseOstrel(contactLineTokens(), modelNodes, nodeMap, materials, loads);
@@ -93,7 +93,7 @@ void Rod2::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_
 }
 
 void Rod2::attachContactSearch(ContactSearch& search) {
-    if (contactType == 302 && contactLine) contactLine->attachContactSearch(search);
+    if (contactType == faceEdgeContact && contactLine) contactLine->attachContactSearch(search);
 }
 
 std::vector<Token> Rod2::contactLineTokens() const {
@@ -162,7 +162,7 @@ void Rod2::assembleMassMatrix() {
     n1.addInertia(inertia);
     n2.addInertia(inertia);
 
-    if (contactType == 302) contactLine->assembleMassMatrix();
+    if (contactType == faceEdgeContact) contactLine->assembleMassMatrix();
 }
 
 void Rod2::setInitialConditions() {
@@ -170,7 +170,7 @@ void Rod2::setInitialConditions() {
     material = material->copyMat();
     elastic = dynamic_cast<Elastic*>(material.get());
     material->setInitialConditions(localBasis);
-    if (contactType == 302) contactLine->setInitialConditions();
+    if (contactType == faceEdgeContact) contactLine->setInitialConditions();
 }
 
 double Rod2::checkTimestep(double dt) {
@@ -197,7 +197,7 @@ void Rod2::updateLocalCoordinateSystem() {
     e1[1] = d[1] / L;
     e1[2] = d[2] / L;
     basisRowsCurrent = false;
-    if (contactType == 302) contactLine->updateLocalCoordinateSystem();
+    if (contactType == faceEdgeContact) contactLine->updateLocalCoordinateSystem();
 }
 
 const TNT::Array2D<double>& Rod2::getLocalBasis() const {
@@ -241,17 +241,17 @@ void Rod2::computeInternalForces(double /*dt*/, int /*ip*/) {
 }
 
 void Rod2::computeExternalForces(double time) {
-    if (contactType == 302) contactLine->computeExternalForces(time);
+    if (contactType == faceEdgeContact) contactLine->computeExternalForces(time);
 }
 
 void Rod2::computeContactForces() {
-    if (contactType == 302) contactLine->computeContactForces();
+    if (contactType == faceEdgeContact) contactLine->computeContactForces();
 }
 
 std::string Rod2::printVTK(int what, int component) {
-    if ((what == 100 || what == 200) && component >= 0 && component < 6) {
+    if ((what == vtkStrain || what == vtkStress) && component >= 0 && component < 6) {
         syncAxialValues();
-        return formatValue(what == 100 ? strain[component] : stress[component], false);
+        return formatValue(what == vtkStrain ? strain[component] : stress[component], false);
     }
     return Element::printVTK(what, component);
 }

@@ -114,7 +114,7 @@ private:
     double axialStrainIncrement = 0.0;
     double axialForce = 0.0;
     double unitAxis[3] = {0.0, 0.0, 0.0};
-    int contactType = 300;
+    int contactType = noContact;
     // Mutable only so that reading the basis can complete its rows.
     mutable bool basisRowsCurrent = true;
 

@@ -422,8 +422,8 @@ double S3L_C0::checkTimestep(double dt) {
 }
 
 std::string S3L_C0::printVTK(int what, int component) {
-    if (what != 100 && what != 200) return Element::printVTK(what, component);
-    const auto& values = what == 100 ? accumulatedStrains : stresses;
+    if (what != vtkStrain && what != vtkStress) return Element::printVTK(what, component);
+    const auto& values = what == vtkStrain ? accumulatedStrains : stresses;
     if (values.empty() || component < 0 || component > 5) return "0.0";
     return formatValue(values[0][component], true);
 }

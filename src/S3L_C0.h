@@ -61,7 +61,7 @@ public:
     void computeInternalForces(double dt, int ip) override;
     void computeExternalForces(double time) override;
     void computeContactForces() override;
-    // Strain (100) and stress (200) components at the first integration point.
+    // Strain and stress components at the first integration point.
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
     void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }

@@ -59,10 +59,10 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         file << n->getX_pos() << "\t" << n->getY_pos() << "\t" << n->getZ_pos() << "\n";
     file << "CELLS " << numberOfCells << " " << cellListSize << "\n";
     for (const auto& e : elements)
-        file << e->printVTK(1, 0);
+        file << e->printVTK(vtkCellLine, 0);
     file << "CELL_TYPES  " << numberOfCells << "\n";
     for (const auto& e : elements)
-        file << e->printVTK(0, 0);
+        file << e->printVTK(vtkCellTypeLine, 0);
     file << "CELL_DATA  " << numberOfCells << "\n";
 
     struct Section {
@@ -70,9 +70,13 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         int what;
         int component;
     };
-    static const Section sections[] = {{"E11", 100, 0}, {"E22", 100, 1}, {"E33", 100, 2}, {"E12", 100, 5},
-                                       {"E13", 100, 4}, {"E23", 100, 3}, {"S11", 200, 0}, {"S22", 200, 1},
-                                       {"S33", 200, 2}, {"S12", 200, 5}, {"S13", 200, 4}, {"S23", 200, 3}};
+    // E12 and S12 carry component 5, E23 and S23 component 3, across the
+    // vector's own order 11 22 33 12 13 23 (intended; see the user guide,
+    // "Quirks worth knowing").
+    static const Section sections[] = {{"E11", vtkStrain, 0}, {"E22", vtkStrain, 1}, {"E33", vtkStrain, 2},
+                                       {"E12", vtkStrain, 5}, {"E13", vtkStrain, 4}, {"E23", vtkStrain, 3},
+                                       {"S11", vtkStress, 0}, {"S22", vtkStress, 1}, {"S33", vtkStress, 2},
+                                       {"S12", vtkStress, 5}, {"S13", vtkStress, 4}, {"S23", vtkStress, 3}};
     for (const Section& s : sections) {
         file << "SCALARS " << s.label << " FLOAT\n"
              << "LOOKUP_TABLE default \n";
