@@ -1,4 +1,5 @@
 // End-to-end runs of the built program: console texts, job log, exit status.
+// The messages of malformed decks are kept as files under decks/malformed.
 #include "TestUtil.h"
 
 #include <gtest/gtest.h>
@@ -82,50 +83,6 @@ TEST(Console, DirectoryAndMissingFileAreReportedWithStatusZero) {
     EXPECT_EQ(r.err, "  File : " + (dir / "nothere.txt").string() + " does not exist\n");
 }
 
-TEST(Console, InputErrorsArePrintedAsANestedChain) {
-    const RunResult r = runDeck("chain", "CONTROLS\nRUN FROM 0 TO 1\nELEMENTS TYPE BEAM\n1 NODES 1 2\n");
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.err, " --> Exception caught \n"
-                     " --> Initialize method \n"
-                     " --> Details: At line 4\n"
-                     " --> Details: Element Type BEAM is not recognized\n");
-    EXPECT_TRUE(contains(r.out, " Exit Drapex"));
-    EXPECT_FALSE(contains(r.out, "Solving took"));
-}
-
-TEST(Console, DeckWithoutControlsIsReported) {
-    const RunResult r = runDeck("nocontrols", "NODES\n1 X 0\n");
-    EXPECT_EQ(r.err,
-              " --> Exception caught \n"
-              " --> Initialize method \n"
-              " --> Details: No control set: the deck needs a CONTROLS block with at least one line\n");
-}
-
-TEST(Console, MalformedDecksNeverCrash) {
-    struct Case {
-        const char* name;
-        std::string deck;
-        const char* expected;
-    };
-    static const char binaryDeck[] = "CONTROLS\nSTEP 1\n\x01\x02\xff\xfe\x00\x7f\nNODES\n\x80\x81 1 2\n";
-    const Case cases[] = {
-        {"empty", "", " --> Details: No control set"},
-        {"cutshort", "CONTROLS\nRUN FROM 0 TO\n", " --> Details: At line 2\n --> Details: "},
-        {"range", "CONTROLS\nSTEP 1\nNODES\n1 X 1E999\n",
-         " --> Details: At line 4\n --> Details: Number 1E999 is out of range"},
-        {"binary", std::string(binaryDeck, sizeof binaryDeck - 1), " Exit Drapex"},
-        {"nodeword", "CONTROLS\nSTEP 1\nNODES\n1 X Y\n", " --> Details: Input X is not recognized"},
-        {"typeonly", "CONTROLS\nSTEP 1\nMATERIALS TYPE\nSTEEL E 1\n",
-         " --> Details: At line 3\n --> Details: "},
-    };
-    for (const Case& c : cases) {
-        const RunResult r = runDeck(std::string("malformed_") + c.name, c.deck);
-        EXPECT_EQ(r.status, 0) << c.name;
-        EXPECT_TRUE(contains(r.err + r.out, c.expected)) << c.name << "\n" << r.err;
-        EXPECT_TRUE(contains(r.out, " Exit Drapex")) << c.name;
-    }
-}
-
 TEST(JobLog, HeaderSectionsAndCountsAreWrittenBesideTheDeck) {
     fs::path deck;
     const RunResult r = runDeck("joblog", freeNodeDeck, &deck);
@@ -178,35 +135,6 @@ TEST(SolutionLoop, RerunReplacesTheResults) {
     runDeck("rerun", freeNodeDeck, &deck);
     const RunResult second = runDrapex(deck);
     EXPECT_TRUE(contains(second.out, " The results file exists, the results will be replaced\n"));
-}
-
-TEST(Robustness, StepThatDoesNotAdvanceTimeStopsTheRun) {
-    const RunResult r = runDeck("negstep", "CONTROLS\nRUN FROM 0 TO 1\nSTEP -0.1\nNODES\n1 X 0\n");
-    EXPECT_EQ(r.err,
-              " --> Exception caught \n"
-              " --> Run method\n"
-              " --> Details: Time step -0.1 does not advance the time from 0.000000: the run cannot reach "
-              "its end time\n");
-    EXPECT_TRUE(contains(r.out, " Exit Drapex"));
-}
-
-TEST(Robustness, NodeNumbersWithGapsAreRefused) {
-    const RunResult r = runDeck("gaps", "CONTROLS\nSTEP 0.1\nNODES\n1 X 0\n3 X 1\n");
-    EXPECT_EQ(r.err,
-              " --> Exception caught \n"
-              " --> Initial conditions method\n"
-              " --> Details: Node numbers must run from 1 to the number of nodes (2) without gaps: node 3 "
-              "is out of that range\n");
-}
-
-TEST(Robustness, DuplicateNodeNumbersAreRefusedWithBothLines) {
-    const RunResult r = runDeck("dupnodes", "CONTROLS\nSTEP 0.1\nNODES\n1 X 0\n1 X 1\n");
-    EXPECT_TRUE(contains(r.err, " --> Details: Node 1 is defined twice: at line 4 and at line 5\n")) << r.err;
-}
-
-TEST(Robustness, NonFiniteCoordinatesAreRefused) {
-    const RunResult r = runDeck("nancoord", "CONTROLS\nSTEP 0.1\nNODES\n1 X NAN\n");
-    EXPECT_TRUE(contains(r.err, " --> Details: Coordinate X of node 1 is not a finite number\n"));
 }
 
 TEST(Robustness, ResultsThatCannotBeWrittenStopTheRun) {

@@ -1,6 +1,6 @@
 // Whole runs with TRACKERS blocks: the CSV histories read back and compared
-// with closed-form motion and with the result files of the same run, the
-// deck-line messages of bad tracker lines, and file replacement between runs.
+// with closed-form motion and with the result files of the same run, and
+// file replacement between runs (bad tracker lines are under decks/malformed).
 #include "ResultReadBack.h"
 #include "TestUtil.h"
 
@@ -133,41 +133,6 @@ TEST(TrackerDeckTest, NodeHistoriesFollowTheCentralDifferenceMotionAndTheResultF
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0], header);
     EXPECT_EQ(lines[1].rfind("0.000000, ", 0), 0u);
-}
-
-// A tracker block at the end of a small deck: its data line is line 8.
-std::string deckWithTrackers(const std::string& block) {
-    return "TITLE\nCONTROLS\nRUN FROM 0.0 TO 0.0\nNODES\n1 X 0.0\n2 X 1.0\n" + block;
-}
-
-std::string chain(int line, const std::string& message) {
-    return " --> Exception caught \n --> Initialize method \n --> Details: At line " + std::to_string(line) +
-           "\n --> Details: " + message + "\n";
-}
-
-TEST(TrackerDeckTest, BadTrackerLinesAreReportedWithTheirDeckLine) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"TRACKERS TYPE NODE\nT1 NODES 1 DIRECTION X DIRECTION Y\n",
-         "Tracker direction has been already set"},
-        {"TRACKERS TYPE NODE\nT1 NODES 1 TYPE FORCE TYPE POSITION\n", "Tracker type has been already set"},
-        {"TRACKERS TYPE NODE\nT1 NODES 1 SPEED 3\n", "Input SPEED is not a tracker parameter"},
-        {"TRACKERS TYPE NODE\nT1 NODES 1 7 DIRECTION X TYPE FORCE\n", "Node 7 is not found"},
-        {"TRACKERS TYPE NODE\nT1 NODES 1 DIRECTION Q\n", "Input Q is not recognized as direction"},
-        {"TRACKERS TYPE ELEMENT\nE1 ELEMENTS 4 COMPONENT C11 TYPE STRAIN\n", "Node 4 is not found"},
-        {"TRACKERS TYPE NODES\nT1 NODES 1\n", "Tracker Type NODES is not recognized"},
-    };
-    for (const auto& [block, message] : cases) {
-        SCOPED_TRACE(block);
-        const auto run = runDeck(uniqueName("trk"), deckWithTrackers(block));
-        EXPECT_EQ(run.err, chain(8, message));
-        EXPECT_EQ(run.status, 0);
-        EXPECT_TRUE(testutil::contains(run.out, " Exit Drapex"));
-    }
-
-    // The message names the physical line wherever the block stands.
-    const auto first =
-        runDeck(uniqueName("trk_first"), "TRACKERS TYPE NODE\nT1 NODES 3\n" + deckWithTrackers(""));
-    EXPECT_EQ(first.err, chain(2, "Node 3 is not found"));
 }
 
 // Two soft rods in a row, their ends pulled apart by acceleration loads: the
