@@ -66,9 +66,3 @@ TEST(ContactDeck, WholeRunWritesContactCellsWithZeroValues) {
     EXPECT_TRUE(testutil::contains(text, "SCALARS S23 FLOAT\nLOOKUP_TABLE default \n0.0\t0.0\t\n"));
 }
 
-TEST(ContactDeck, BadNodeInAContactElementNamesTheLine) {
-    const auto r = testutil::runDeck("contact_deck_bad", "CONTROLS\nSTEP 1.0\nNODES\n1 X 0\n2 X 1\n"
-                                                         "ELEMENTS TYPE CONTACT_LINE\n1 NODES 1 99\n");
-    EXPECT_TRUE(testutil::contains(r.err, "At line 7")) << r.err;
-    EXPECT_TRUE(testutil::contains(r.err, " --> Details: Node 99 is not found")) << r.err;
-}

@@ -62,36 +62,3 @@ TEST(HyperMaterialDeck, BlocksAreReadCaseInsensitivelyWithAnyDelimiters) {
     EXPECT_DOUBLE_EQ(fabric->wavespeed2D(), std::sqrt(300 / 5e-10));
 }
 
-TEST(HyperMaterialDeck, ParseErrorsNameTheLineOnTheConsole) {
-    struct Case {
-        const char* block;
-        const char* line;
-        const char* message;
-    };
-    const Case cases[] = {
-        {"HYPERELASTIC", "RUBBER RHO 1E-9 TYPE MOONEY MU 1 ALPHA 2",
-         "Hyperelastic potential MOONEY is not recognized"},
-        {"HYPERELASTIC", "RUBBER RHO 1E-9 TYPE OGDEN MU 1 ALPHA 2 BOGUS 1", "Input BOGUS is not recognized"},
-        {"HYPERTEXTILE", "FABRIC RHO 1E-9 WEFTORI 0 1 KSHEAR 1",
-         "Not enough parameters for warp orientation in material : FABRIC"},
-    };
-    for (const Case& c : cases) {
-        const std::string deck =
-            std::string(header) + "MATERIALS TYPE " + c.block + "\n" + c.line + "\n"; // data line is line 8
-        const auto run = testutil::runDeck("hyper_deck_error", deck);
-        EXPECT_EQ(run.status, 0);
-        EXPECT_TRUE(testutil::contains(run.err, " --> Details: At line 8\n")) << run.err;
-        EXPECT_TRUE(testutil::contains(run.err, std::string(" --> Details: ") + c.message + "\n")) << run.err;
-    }
-}
-
-TEST(HyperMaterialDeck, UnusedMaterialsAreNeverValidated) {
-    // No element takes a copy, so the missing density and parameters go unnoticed.
-    const std::string deck = std::string(header) + "MATERIALS TYPE HYPERELASTIC\n"
-                                                   "RUBBER MU 1 2 ALPHA 2\n"
-                                                   "MATERIALS TYPE HYPERTEXTILE\n"
-                                                   "FABRIC KSHEAR 1\n";
-    const auto run = testutil::runDeck("hyper_deck_unused", deck);
-    EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(testutil::contains(run.out, " Exit Drapex")) << run.out;
-}

@@ -42,17 +42,4 @@ TEST(TrackerTest, FileIsNamedAfterTheTrackerInTheDeckDirectoryAndReplacedOnIniti
     }
 }
 
-// The keyword is matched exactly: no case folding, plural or blanks.
-TEST(TrackerTest, FactoryKeywordIsExact) {
-    EXPECT_TRUE(std::dynamic_pointer_cast<ElementTracker>(TrackerLibrary::getTrackerOstrel("ELEMENT")));
-    for (const std::string type : {"Node", " NODE", ""}) {
-        try {
-            TrackerLibrary::getTrackerOstrel(type);
-            ADD_FAILURE() << "accepted " << type;
-        } catch (const std::invalid_argument& e) {
-            EXPECT_EQ(e.what(), "Tracker Type " + type + " is not recognized");
-        }
-    }
-}
-
 } // namespace

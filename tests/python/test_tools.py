@@ -277,5 +277,37 @@ class RenderVtk(ToolOnARun):
         self.assertFalse(png.exists())
 
 
+class ResultFilesOpenInVtk(ToolOnARun):
+    """A result file read with VTK's own reader, as ParaView reads it."""
+
+    def setUp(self):
+        try:
+            import vtk  # noqa: F401
+        except ImportError:
+            self.skipTest("vtk cannot be imported (Debian: python3-vtk9)")
+        super().setUp()
+
+    def test_points_cells_and_the_twelve_arrays(self):
+        import vtk
+        reader = vtk.vtkUnstructuredGridReader()
+        reader.SetFileName(str(self.results / "rods_2.vtk"))
+        reader.ReadAllScalarsOn()
+        reader.Update()
+        grid = reader.GetOutput()
+        self.assertEqual(grid.GetNumberOfPoints(), 4)  # the dummy point 0 and three nodes
+        cells = [[grid.GetCell(c).GetPointId(k) for k in range(2)] for c in range(grid.GetNumberOfCells())]
+        self.assertEqual(cells, [[1, 2], [2, 3]])
+        self.assertEqual([grid.GetCellType(c) for c in range(2)], [3, 3])
+        data = grid.GetCellData()
+        names = [data.GetArrayName(i) for i in range(data.GetNumberOfArrays())]
+        self.assertEqual(names, ["E11", "E22", "E33", "E12", "E13", "E23", "S11", "S22", "S33", "S12", "S13",
+                                 "S23"])
+        # The elastic rods: S11 = E E11 in every cell (the values are written in single precision).
+        for c in range(2):
+            e11, s11 = data.GetArray("E11").GetValue(c), data.GetArray("S11").GetValue(c)
+            self.assertNotEqual(e11, 0)
+            self.assertAlmostEqual(s11 / (2.1e11 * e11), 1.0, delta=0.01)
+
+
 if __name__ == "__main__":
     unittest.main()
