@@ -19,16 +19,6 @@ std::shared_ptr<Amplitude> table(std::initializer_list<const char*> texts, const
     return a;
 }
 
-std::string parseError(std::initializer_list<const char*> texts) {
-    AmpTabular a;
-    try {
-        a.parseOstrel(tokens(texts));
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    }
-    return "";
-}
-
 } // namespace
 
 TEST(AmpTabularTest, PiecewiseLinearAndZeroOutsideItsRange) {
@@ -69,34 +59,6 @@ TEST(AmpTabularTest, WordEndsTheListAndOddNumberIsIgnored) {
     EXPECT_EQ(t->getNumberOfValues(), 3);
     EXPECT_DOUBLE_EQ(a->at(1.5), 15.0);
     EXPECT_EQ(a->at(3.0), 0.0);
-}
-
-TEST(AmpTabularTest, ParseMessages) {
-    EXPECT_EQ(parseError({"VALUES", "1"}), "Input VALUES has not enough parameters");
-    EXPECT_EQ(parseError({"VALUES"}), "Input VALUES has not enough parameters");
-    EXPECT_EQ(parseError({"TIMES", "0", "1"}), "Input TIMES is not recognized");
-    EXPECT_EQ(parseError({"VALUES", "0", "1", "2", "3", "STEP"}), "Input STEP is not recognized");
-    EXPECT_EQ(parseError({"VALUES", "0", "1"}), "");
-}
-
-TEST(AmpTabularTest, InitialisationMessages) {
-    AmpTabular unnamed;
-    unnamed.parseOstrel(tokens({"VALUES", "0", "1"}));
-    try {
-        unnamed.setInitialConditions();
-        FAIL();
-    } catch (const std::invalid_argument& e) {
-        EXPECT_STREQ(e.what(), "Name is not set for this amplitude ");
-    }
-    AmpTabular empty;
-    std::string name = "EMPTY";
-    empty.setName(name);
-    try {
-        empty.setInitialConditions();
-        FAIL();
-    } catch (const std::invalid_argument& e) {
-        EXPECT_STREQ(e.what(), "No values for amplitude EMPTY");
-    }
 }
 
 TEST(AmpTabularTest, CopyKeepsNameButNotTheTable) {

@@ -19,25 +19,7 @@ std::shared_ptr<Constraint> condition(std::initializer_list<const char*> texts) 
     return c;
 }
 
-std::string parseError(std::initializer_list<const char*> texts) {
-    BoundaryCondition c;
-    try {
-        c.parseOstrel(tokens(texts), ramp());
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    }
-    return "";
-}
-
 } // namespace
-
-// Unknown amplitude names and constraint types are checked on whole decks.
-TEST(BoundaryConditionTest, Messages) {
-    EXPECT_EQ(parseError({"VQ", "0"}), "Input VQ is not recognized");
-    EXPECT_EQ(parseError({"VX", "FAST"}), "Input VX is not recognized");
-    EXPECT_EQ(parseError({"AMPLITUDE", "3"}), "Input AMPLITUDE is not recognized");
-    EXPECT_THROW(condition({"VX", "0", "VY"}), std::out_of_range);
-}
 
 TEST(BoundaryConditionTest, ZeroVelocityHoldsTheDisplacementExactly) {
     auto c = condition({"VX", "0", "VRZ", "0"});

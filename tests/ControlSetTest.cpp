@@ -13,14 +13,6 @@ ControlSet parsed(std::string line) {
     return c;
 }
 
-std::string parseError(const std::string& line) {
-    try {
-        parsed(line);
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    }
-    return "no error";
-}
 } // namespace
 
 TEST(ControlSetParsing, PhrasesInAnyOrderAndTheLastValueWins) {
@@ -29,20 +21,6 @@ TEST(ControlSetParsing, PhrasesInAnyOrderAndTheLastValueWins) {
     EXPECT_DOUBLE_EQ(c.getTimeStep(), 2e-3);
     EXPECT_DOUBLE_EQ(c.getPrintStep(), 0.5);
     EXPECT_EQ(c.getWriter(), "VTK");
-}
-
-TEST(ControlSetParsing, MalformedPhrasesGiveTheirMessages) {
-    EXPECT_EQ(parseError("RUN FROM 0 TO END"), "Wrong Start/end time");
-    EXPECT_EQ(parseError("PRINT EVERY NEVER"), "Wrong print time");
-    EXPECT_EQ(parseError("WRITER TYPE 3"), "Wrong writer command");
-    EXPECT_EQ(parseError("PRINT 0.1"), "Input PRINT is not recognized");
-    EXPECT_EQ(parseError("STEP FAST"), "Input STEP is not recognized");
-    EXPECT_EQ(parseError("RUN 0 TO 1"), "Input RUN is not recognized");
-}
-
-TEST(ControlSetParsing, PhraseCutShortRaisesTheRangeError) {
-    EXPECT_THROW(parsed("STEP"), std::out_of_range);
-    EXPECT_THROW(parsed("RUN FROM 0 TO"), std::out_of_range);
 }
 
 TEST(PrintSchedule, FirstCallAtZeroAlwaysPrintsAndAtMostOnePrintPerCall) {

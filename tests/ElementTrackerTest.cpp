@@ -48,21 +48,6 @@ protected:
     std::unordered_map<int, std::shared_ptr<Element>> elements;
 };
 
-TEST_F(ElementTrackerTest, ParseErrorsCarryTheirExactMessages) {
-    add(7);
-    testutil::expectInvalidArguments(
-        {
-            {"COMPONENT C11 COMPONENT C22", "Tracker direction has been already set"},
-            {"COMPONENT C21", "Input C21 is not recognized"},
-            {"TYPE STRAIN TYPE STRESS", "Tracker type has been already set"},
-            {"TYPE POSITION", "Input POSITION is not a recognized type"},
-            {"ELEMENTS 7 DIRECTION X", "Input DIRECTION is not a tracker parameter"},
-            {"ELEMENTS 7 COMPONENT", "Tracker component is missing"},
-            {"ELEMENTS 7 TYPE", "Tracker type is missing"},
-        },
-        [&](const char* line) { make(line); });
-}
-
 TEST_F(ElementTrackerTest, ComponentNamesFollowTheResultWriterIndices) {
     auto e = add(4);
     const std::pair<const char*, int> names[] = {{"C11", 0}, {"C22", 1}, {"C33", 2},

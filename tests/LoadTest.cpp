@@ -11,16 +11,6 @@ namespace {
 using testutil::ramp;
 using testutil::tokens;
 
-std::string parseError(std::initializer_list<const char*> texts) {
-    Load l;
-    try {
-        l.parseOstrel(tokens(texts), ramp());
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    }
-    return "";
-}
-
 } // namespace
 
 TEST(LoadTest, ConstantForceWithoutAmplitude) {
@@ -66,11 +56,3 @@ TEST(LoadTest, AccelerationScaledByAmplitude) {
     EXPECT_DOUBLE_EQ(l.getLoad(0.5)[2], 0.0);
 }
 
-TEST(LoadTest, Messages) {
-    EXPECT_EQ(parseError({"AMPLITUDE", "NOSUCH"}), "Amplitude name NOSUCH is not found");
-    EXPECT_EQ(parseError({"FQ", "1"}), "Input FQ is not recognized");
-    EXPECT_EQ(parseError({"FX", "ONE"}), "Input FX is not recognized");
-    EXPECT_EQ(parseError({"FX"}), "Input FX is not recognized");
-    EXPECT_EQ(parseError({"FX", "1", "AMPLITUDE"}), "Input AMPLITUDE is not recognized");
-    EXPECT_EQ(parseError({"AMPLITUDE", "1"}), "Input AMPLITUDE is not recognized");
-}

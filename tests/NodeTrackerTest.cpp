@@ -38,21 +38,6 @@ protected:
     std::unordered_map<int, std::shared_ptr<Node>> nodes;
 };
 
-// Repeated keywords, unknown directions and missing nodes are checked on whole decks.
-TEST_F(NodeTrackerTest, ParseErrorsCarryTheirExactMessages) {
-    testutil::expectInvalidArguments(
-        {
-            {"NODES 1 DIRECTION 2", "Input 2 is not recognized as direction"},
-            {"NODES 1 TYPE STRAIN", "Input STRAIN is not a recognized type"},
-            {"NODES 1 COMPONENT C11", "Input COMPONENT is not a tracker parameter"},
-            {"5 NODES 1", "Input 5 is not a tracker parameter"},
-            {"NODES 1e12", "Node 1e+12 is not found"},
-            {"NODES 1 DIRECTION", "Tracker direction is missing"},
-            {"NODES 1 TYPE", "Tracker type is missing"},
-        },
-        [&](const char* line) { make(line); });
-}
-
 TEST_F(NodeTrackerTest, EachTypeAndDirectionReadsItsOwnNodalValue) {
     // Every vector of nodes 1 and 2 holds distinct values, so a wrong quantity
     // or axis shows in the row.

@@ -25,21 +25,6 @@ namespace testutil {
 
 namespace fs = std::filesystem;
 
-// Runs `parse` on each line of `cases` and expects an invalid-argument
-// error carrying the paired message, word for word.
-template <class Parse>
-void expectInvalidArguments(std::initializer_list<std::pair<const char*, const char*>> cases, Parse parse) {
-    for (const auto& [line, message] : cases) {
-        SCOPED_TRACE(line);
-        try {
-            parse(line);
-            ADD_FAILURE() << "accepted " << line;
-        } catch (const std::invalid_argument& e) {
-            EXPECT_STREQ(e.what(), message);
-        }
-    }
-}
-
 // Tokens of a parameter list written with blanks, classified as the deck does.
 inline std::vector<Token> tokens(const std::string& text) {
     std::istringstream in(text);
