@@ -129,6 +129,8 @@ void Model::initialize() {
         logger->writeList("Nodes: " + std::to_string(nodes.size()), 1);
         logger->writeList("Loads: " + std::to_string(loads.size()), 1);
         logger->writeList("Elements: " + std::to_string(elements.size()), 1);
+        // The constraint count under "Controls" and the load count under
+        // "Amplitudes" (intended; see the user guide, "Quirks worth knowing").
         logger->writeList("Controls: " + std::to_string(constraints.size()), 1);
         logger->writeList("Trackers: " + std::to_string(trackers.size()), 1);
         logger->writeList("Materials: " + std::to_string(materials.size()), 1);

@@ -82,9 +82,7 @@ private:
     std::shared_ptr<Writer> writer;
     std::shared_ptr<Logger> logger;
     double timeStep = 0.0;
-    double unusedValue = 0.0;
     double currentTime = 0.0;
     bool automaticTimeStep = false;
     double internalEnergy = 0.0, kineticEnergy = 0.0;
-    std::string unusedText;
 };
