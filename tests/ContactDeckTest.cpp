@@ -65,4 +65,3 @@ TEST(ContactDeck, WholeRunWritesContactCellsWithZeroValues) {
         EXPECT_EQ(vtk.scalars.at(label), (std::vector<double>{0, 0})) << label;
     EXPECT_TRUE(testutil::contains(text, "SCALARS S23 FLOAT\nLOOKUP_TABLE default \n0.0\t0.0\t\n"));
 }
-

@@ -1,6 +1,7 @@
-// The example decks run end to end (shortened where they are long); their
-// result and tracker files are read back and compared with the kinematics,
-// equilibrium and balance of forces they are meant to show.
+// The example decks and a few small whole decks run end to end (shortened
+// where they are long); their result and tracker files are read back and
+// compared with the closed forms, kinematics, equilibrium and balance of
+// forces they are meant to show.
 #include "ResultReadBack.h"
 #include "TestUtil.h"
 
@@ -14,6 +15,10 @@
 #include <sstream>
 
 using namespace testutil;
+using readback::lastResult;
+using readback::lastRow;
+using readback::printTimes;
+using readback::resultFile;
 
 namespace {
 
@@ -33,32 +38,6 @@ fs::path runExample(const std::string& name, const std::string& end = "") {
     return deck;
 }
 
-fs::path resultFile(const fs::path& deck, std::size_t k) {
-    const std::string stem = deck.stem().string();
-    return deck.parent_path() / ("Results_" + stem) / (stem + "_" + std::to_string(k) + ".vtk");
-}
-
-std::vector<double> printTimes(const fs::path& deck) {
-    return readback::logValues(deck.parent_path() / (deck.stem().string() + ".md"), "Current time: ");
-}
-
-fs::path lastResult(const fs::path& deck, double* time = nullptr) {
-    const auto times = printTimes(deck);
-    EXPECT_FALSE(times.empty());
-    if (time) *time = times.back();
-    return resultFile(deck, times.size() - 1);
-}
-
-// Last row of a tracker file: the time, the values, the total last.
-std::vector<double> lastRow(const fs::path& csv) {
-    const auto lines = readLines(csv);
-    std::vector<double> values;
-    if (lines.size() < 2) return values;
-    std::stringstream row(lines.back());
-    for (std::string cell; std::getline(row, cell, ',');)
-        values.push_back(std::stod(cell));
-    return values;
-}
 // Centroid of a cell from a list of points.
 std::array<double, 2> centroid(const readback::VtkResult& r, const std::vector<int>& c) {
     double x = 0, y = 0;
@@ -345,4 +324,202 @@ TEST(ContactExamplesTest, DomePunchDrapesTheSheetWithoutPiercingIt) {
 TEST(ShellExamples, CantileverDeckRuns) {
     const auto vtk = readback::readVtk(lastResult(runExample("cantilever", "2e-5")));
     EXPECT_EQ(vtk.cellTypes, std::vector<int>(80, 5));
+}
+
+TEST(RodExamples, BarPulledAtOneEndStretchesUniformly) {
+    const auto deck = runExample("rod_bar");
+    const auto times = readback::logValues(deck.parent_path() / "rod_bar.md", "Current time: ");
+    ASSERT_EQ(times.size(), 11u);
+    const double t = times.back();
+    const auto vtk = readback::readVtk(resultFile(deck, times.size() - 1));
+    ASSERT_EQ(vtk.points.size(), 12u);
+    ASSERT_EQ(vtk.cells.size(), 10u);
+
+    // Fixed end: exactly where it started.
+    EXPECT_EQ(vtk.points[1][0], 0.0);
+    EXPECT_EQ(vtk.points[1][1], 0.0);
+    // Pulled end: the time integral of 1 m/s times the ramp 0 -> 1 over 2 ms,
+    // one step (about 2e-5 s) late.
+    const double pulled = 0.001 + (t - 0.002);
+    const double u = vtk.points[11][0] - 1.0;
+    EXPECT_NEAR(u, pulled, 4e-5);
+    EXPECT_EQ(vtk.points[11][1], 0.0);
+    EXPECT_EQ(vtk.points[11][2], 0.0);
+    // Quasi-static: every node moved in proportion to its distance from the
+    // fixed end, and every rod has the same logarithmic strain.
+    for (int i = 1; i <= 11; ++i)
+        EXPECT_NEAR(vtk.points[i][0], 0.1 * (i - 1) * (1.0 + u), 2e-5) << i;
+    for (int e = 0; e < 10; ++e) {
+        const double strain = vtk.scalars.at("E11")[e];
+        EXPECT_NEAR(strain, std::log(1.0 + u), 5e-5) << e;
+        EXPECT_NEAR(vtk.scalars.at("S11")[e], 2.1e11 * strain, 2e-4 * 2.1e11 * strain) << e;
+        for (const char* name : {"E22", "E33", "E12", "E13", "E23", "S22", "S33", "S12", "S13", "S23"})
+            EXPECT_EQ(vtk.scalars.at(name)[e], 0.0);
+    }
+}
+
+TEST(RodExamples, HangingChainSettlesIntoEquilibrium) {
+    const auto deck = runExample("hanging_chain");
+    const auto log = deck.parent_path() / "hanging_chain.md";
+    const auto kinetic = readback::logValues(log, "Kinetic energy: ");
+    ASSERT_GT(kinetic.size(), 20u);
+    EXPECT_GT(*std::max_element(kinetic.begin(), kinetic.end()), 1e-4);
+    EXPECT_LT(kinetic.back(), 1e-6);
+
+    const auto vtk = readback::readVtk(resultFile(deck, kinetic.size() - 1));
+    ASSERT_EQ(vtk.points.size(), 14u);
+    ASSERT_EQ(vtk.cells.size(), 12u);
+    const auto& p = vtk.points;
+
+    // Symmetric about x = 0.5, with its lowest point in the middle.
+    for (int i = 1; i <= 13; ++i) {
+        EXPECT_NEAR(p[i][0] + p[14 - i][0], 1.0, 2e-6) << i;
+        EXPECT_NEAR(p[i][2], p[14 - i][2], 2e-6) << i;
+        EXPECT_EQ(p[i][1], 0.0);
+    }
+    EXPECT_NEAR(p[7][2], -0.265, 0.005);
+
+    // Rod forces N = sigma A with A = A0 L0 / L.
+    const double A0 = pi * 0.004 * 0.004 / 4.0;
+    const double L0 = std::sqrt(1.0 / 144.0 + 0.05 * 0.05);
+    double N[12], ex[12], ez[12];
+    for (int e = 0; e < 12; ++e) {
+        const double dx = p[e + 2][0] - p[e + 1][0], dz = p[e + 2][2] - p[e + 1][2];
+        const double L = std::hypot(dx, dz);
+        N[e] = vtk.scalars.at("S11")[e] * A0 * L0 / L;
+        ex[e] = dx / L;
+        ez[e] = dz / L;
+        EXPECT_GT(N[e], 0.0);
+    }
+    // The horizontal pull is the same in every rod.
+    for (int e = 1; e < 12; ++e)
+        EXPECT_NEAR(N[e] * ex[e], N[0] * ex[0], 1e-3 * N[0] * ex[0]) << e;
+    // Each free node's weight hangs on the vertical components of its rods.
+    const double weight = 1200.0 * A0 * L0 * 9.81;
+    for (int e = 0; e < 11; ++e)
+        EXPECT_NEAR(N[e + 1] * ez[e + 1] - N[e] * ez[e], weight, 5e-3 * weight) << e;
+}
+
+TEST(MembraneRun, UniformPressureAcceleratesAFreeSheetAsARigidBody) {
+    // Two triangles, density 1e-3 per unit area, pressure 2e-3 along +z:
+    // every node accelerates at p / rho = 2 and the sheet stays unstrained.
+    // The file written at step k holds the positions after step k + 1:
+    // z = (p / rho) ((k + 1) dt)^2 / 2.
+    fs::path deck;
+    const RunResult r = runDeck("membrane_pressure", R"(TITLE
+CONTROLS
+RUN FROM 0 TO 0.004
+STEP 0.001
+PRINT EVERY 0.001
+LOADS
+PUSH P 0.002
+MATERIALS TYPE HYPERELASTIC
+RUBBER RHO 0.001 TYPE OGDEN MU 1 ALPHA 2
+NODES
+1 X 0 Y 0 Z 0
+2 X 2 Y 0 Z 0
+3 X 2 Y 1 Z 0
+4 X 0 Y 1 Z 0
+ELEMENTS TYPE MEMBRANE_3
+1 NODES 1 2 3 MATERIAL RUBBER T 0.1 LOAD PUSH
+2 NODES 1 3 4 MATERIAL RUBBER T 0.1 LOAD PUSH
+)",
+                                &deck);
+    ASSERT_TRUE(contains(r.out, "Solving took")) << r.err;
+    const fs::path results = deck.parent_path() / "Results_membrane_pressure";
+    for (int k = 0; k <= 4; ++k) {
+        const auto vtk = readback::readVtk(results / ("membrane_pressure_" + std::to_string(k) + ".vtk"));
+        ASSERT_EQ(vtk.points.size(), 5u);
+        const double dt = 0.001, z = 0.5 * 2.0 * std::pow((k + 1) * dt, 2);
+        const double xy[4][2] = {{0, 0}, {2, 0}, {2, 1}, {0, 1}};
+        for (int n = 1; n <= 4; ++n) {
+            EXPECT_NEAR(vtk.points[n][2], z, 1e-5 * z) << "file " << k << " node " << n;
+            EXPECT_DOUBLE_EQ(vtk.points[n][0], xy[n - 1][0]);
+            EXPECT_DOUBLE_EQ(vtk.points[n][1], xy[n - 1][1]);
+        }
+        for (const char* s : {"S11", "S22", "S12"})
+            EXPECT_EQ(vtk.scalars.at(s), (std::vector<double>{0, 0}));
+        // Ogden strains are the principal stretches (1, 1, 1).
+        EXPECT_EQ(vtk.scalars.at("E33"), (std::vector<double>{1, 1}));
+    }
+    const std::string text = readFile(results / "membrane_pressure_4.vtk");
+    EXPECT_TRUE(contains(text, "SCALARS S11 FLOAT\nLOOKUP_TABLE default \n0.0\t0.0\t\n"));
+    EXPECT_TRUE(contains(text, "SCALARS E11 FLOAT\nLOOKUP_TABLE default \n1.000000\t1.000000\t\n"));
+}
+
+namespace {
+
+// Strip of tools/cantilever_deck.py's defaults: mm, N, MPa.
+constexpr double L = 100.0, B = 10.0, t = 4.0, P = 30.0, E = 210000.0;
+constexpr double I = B * t * t * t / 12.0;
+
+double beamDeflection(double x) {
+    return P * x * x * (3.0 * L - x) / (6.0 * E * I);
+}
+
+fs::path makeDeck(const std::string& name, const std::string& options) {
+    const fs::path dir = testutil::scratchDir(name);
+    const fs::path deck = dir / (name + ".txt");
+    const auto r = testutil::runCommand(std::string(DRAPEX_SYSTEM_PYTHON) + " '" + DRAPEX_ROOT +
+                                        "/tools/cantilever_deck.py' '" + deck.string() + "' " + options);
+    EXPECT_EQ(r.status, 0) << r.err;
+    return deck;
+}
+
+// Result file N of a deck, counted from the last one written (0 = last).
+fs::path resultFromEnd(const fs::path& deck, int back) {
+    const std::string stem = deck.stem().string();
+    const fs::path dir = deck.parent_path() / ("Results_" + stem);
+    int count = 0;
+    while (fs::exists(dir / (stem + "_" + std::to_string(count) + ".vtk")))
+        ++count;
+    return dir / (stem + "_" + std::to_string(count - 1 - back) + ".vtk");
+}
+
+} // namespace
+
+TEST(ShellCantilever, CoarseStripSettlesOnTheBeamDeflectionAndRootStress) {
+    const int nx = 10, ny = 1;
+    const fs::path deck = makeDeck("shell_cantilever", "--nx 10 --ny 1 --end 0.015 --prints 15");
+    const auto run = testutil::runDrapex(deck);
+    ASSERT_FALSE(contains(run.err, "Exception")) << run.err;
+    ASSERT_TRUE(contains(run.out, " Exit Drapex"));
+
+    const auto last = readback::readVtk(resultFromEnd(deck, 0));
+    const auto before = readback::readVtk(resultFromEnd(deck, 1));
+    ASSERT_EQ(last.points.size(), std::size_t((nx + 1) * (ny + 1) + 1));
+    ASSERT_EQ(last.cells.size(), std::size_t(2 * nx * ny));
+    auto node = [&](int i, int j) { return i * (ny + 1) + j + 1; };
+
+    // Clamped edge in place; free edge down by P L^3 / (3 E I), level across.
+    for (int j = 0; j <= ny; ++j) {
+        EXPECT_EQ(last.points[node(0, j)][2], 0.0);
+        EXPECT_EQ(last.points[node(0, j)][0], 0.0);
+    }
+    const double tip = last.points[node(nx, 0)][2];
+    EXPECT_NEAR(tip, -beamDeflection(L), 0.025 * beamDeflection(L));
+    EXPECT_NEAR(last.points[node(nx, ny)][2], tip, 1e-3 * std::fabs(tip));
+    // The TIP tracker's last row holds the same free-edge z values and their sum.
+    const auto rows = testutil::readLines(deck.parent_path() / "TIP.csv");
+    ASSERT_GE(rows.size(), 3u);
+    double z[3];
+    ASSERT_EQ(std::sscanf(rows.back().c_str(), "%*f, %lf, %lf, %lf", &z[0], &z[1], &z[2]), 3);
+    EXPECT_NEAR(z[0], tip, 1e-5);
+    EXPECT_NEAR(z[2], z[0] + z[1], 1e-5);
+    // Settled: the last two prints agree.
+    EXPECT_NEAR(before.points[node(nx, 0)][2], tip, 1e-3 * std::fabs(tip));
+    // Deflected shape along the strip.
+    for (int i : {3, 5, 8}) {
+        const double x = L * i / nx;
+        EXPECT_NEAR(last.points[node(i, 0)][2], -beamDeflection(x), 0.05 * beamDeflection(x)) << x;
+    }
+
+    // Element 1 (nodes at x = 0, 10, 10; first edge along x) carries the
+    // bending stress of the moment at its centroid at the first point,
+    // z = 0.7746 t/2: the upper fibre of the hogging strip is in tension.
+    const double xc = 20.0 / 3.0, z0 = 0.5 * t * 0.774596669241483;
+    const double sigma = P * (L - xc) * z0 / I;
+    EXPECT_NEAR(last.scalars.at("S11")[0], sigma, 0.02 * sigma);
+    EXPECT_NEAR(last.scalars.at("E11")[0], sigma / E, 0.03 * sigma / E); // plane stress, nearly uniaxial
+    EXPECT_EQ(last.scalars.at("S33")[0], 0.0);
 }

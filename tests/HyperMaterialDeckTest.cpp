@@ -61,4 +61,3 @@ TEST(HyperMaterialDeck, BlocksAreReadCaseInsensitivelyWithAnyDelimiters) {
     EXPECT_EQ(fabric->getKElongWeft(), std::vector<double>{200.0});
     EXPECT_DOUBLE_EQ(fabric->wavespeed2D(), std::sqrt(300 / 5e-10));
 }
-

@@ -55,4 +55,3 @@ TEST(LoadTest, AccelerationScaledByAmplitude) {
     EXPECT_DOUBLE_EQ(l.getAcc(0.5)[2], -4.905);
     EXPECT_DOUBLE_EQ(l.getLoad(0.5)[2], 0.0);
 }
-

@@ -49,4 +49,3 @@ TEST(DeckCounts, NodesKeepTheirCoordinatesAndRewindStartsAgainAtLineOne) {
     EXPECT_EQ(r->getNextNode({}, {})->getNumber(), 7);
     EXPECT_EQ(r->getCurrentLine(), 2);
 }
-

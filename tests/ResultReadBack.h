@@ -73,4 +73,44 @@ inline std::vector<double> logValues(const std::filesystem::path& log, const std
     return values;
 }
 
+// The k-th result file of a deck run in its own folder.
+inline std::filesystem::path resultFile(const std::filesystem::path& deck, std::size_t k) {
+    const std::string stem = deck.stem().string();
+    return deck.parent_path() / ("Results_" + stem) / (stem + "_" + std::to_string(k) + ".vtk");
+}
+
+// The times of the result files, from the log, and the last file.
+inline std::vector<double> printTimes(const std::filesystem::path& deck) {
+    return logValues(deck.parent_path() / (deck.stem().string() + ".md"), "Current time: ");
+}
+inline std::filesystem::path lastResult(const std::filesystem::path& deck, double* time = nullptr) {
+    const auto times = printTimes(deck);
+    if (time && !times.empty()) *time = times.back();
+    return resultFile(deck, times.empty() ? 0 : times.size() - 1);
+}
+
+// The rows of a tracker file as numbers (time, values, total), its header
+// line apart.
+inline std::vector<std::vector<double>> csvRows(const std::filesystem::path& file,
+                                                std::string* header = nullptr) {
+    std::vector<std::vector<double>> rows;
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);) {
+        if (line.rfind("Time", 0) == 0) {
+            if (header) *header = line;
+            continue;
+        }
+        std::vector<double> row;
+        std::stringstream cells(line);
+        for (std::string cell; std::getline(cells, cell, ',');)
+            row.push_back(std::stod(cell));
+        rows.push_back(row);
+    }
+    return rows;
+}
+inline std::vector<double> lastRow(const std::filesystem::path& csv) {
+    const auto rows = csvRows(csv);
+    return rows.empty() ? std::vector<double>{} : rows.back();
+}
+
 } // namespace readback

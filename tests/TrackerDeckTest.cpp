@@ -21,24 +21,7 @@ std::string uniqueName(const std::string& prefix) {
     return prefix + "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
 }
 
-// Rows of a tracker file after its header, as numbers.
-std::vector<std::vector<double>> csvRows(const fs::path& file, std::string* header = nullptr) {
-    const auto lines = readLines(file);
-    std::vector<std::vector<double>> rows;
-    for (std::size_t k = 0; k < lines.size(); ++k) {
-        if (k == 0 && lines[k].rfind("Time", 0) == 0) {
-            if (header) *header = lines[k];
-            continue;
-        }
-        std::vector<double> row;
-        std::stringstream cells(lines[k]);
-        std::string cell;
-        while (std::getline(cells, cell, ','))
-            row.push_back(std::stod(cell));
-        rows.push_back(row);
-    }
-    return rows;
-}
+using readback::csvRows;
 
 // Three free nodes (no element, so the acceleration loads act alone):
 // node 1 accelerates at 2 + 3e-15/1e-15 = 5 in z, node 2 at -1, node 3 not.
