@@ -99,9 +99,15 @@ void Model::initialize() {
             materials.push_back(reader->getNextMaterial());
         reader->rewindFile();
         nodes.reserve(numberOfNodes);
+        // The nodes live side by side in one block, in deck order, so that the
+        // loop streams them; the block never grows past its reserve, so their
+        // addresses hold, and each shared pointer keeps the whole block.
+        nodeBlock = std::make_shared<std::vector<Node>>();
+        nodeBlock->reserve(numberOfNodes);
         std::unordered_map<int, int> nodeLines;
         for (int i = 0; i < numberOfNodes; ++i) {
-            auto n = reader->getNextNode(constraints, loads);
+            nodeBlock->push_back(*reader->getNextNode(constraints, loads));
+            std::shared_ptr<Node> n(nodeBlock, &nodeBlock->back());
             const auto first = nodeLines.emplace(n->getNumber(), reader->getCurrentLine());
             if (!first.second)
                 throw std::invalid_argument("Node " + std::to_string(n->getNumber()) +

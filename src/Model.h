@@ -69,6 +69,8 @@ private:
     std::unique_ptr<ControlSet> controlSet;
     // Declared before the elements, so that it outlives the contact elements that use it.
     std::unique_ptr<ContactSearch> contactSearch;
+    // The nodes' storage, and the nodes as the rest of the model sees them.
+    std::shared_ptr<std::vector<Node>> nodeBlock;
     std::vector<std::shared_ptr<Node>> nodes;
     std::vector<std::shared_ptr<Element>> elements;
     std::vector<std::shared_ptr<Material>> materials;

@@ -1,7 +1,7 @@
 // Input that the deck files of the malformed suite cannot express (file names,
 // files in the way) and the stepping interface that the fuzzer drives.
-#include "Model.h"
 #include "Node.h"
+#include "QuietModel.h"
 #include "TestUtil.h"
 
 #include <gtest/gtest.h>
@@ -24,25 +24,6 @@ const char* const rodDeck = "CONTROLS\n"
                             "TRACKERS TYPE NODE\n"
                             "TIP NODES 2 DIRECTION X TYPE POSITION\n";
 
-// A model assembled up to its first increment, with the console muted (the
-// reader's closing line comes when the model goes).
-struct AssembledModel {
-    std::unique_ptr<Model> owned;
-    Model& model;
-    explicit AssembledModel(const fs::path& deck)
-        : owned(std::make_unique<Model>(1, deck.string())), model(*owned) {
-        testing::internal::CaptureStdout();
-        model.initialize();
-        model.assembleMassMatrix();
-        model.setInitialConditions();
-        testing::internal::GetCapturedStdout();
-    }
-    ~AssembledModel() {
-        testing::internal::CaptureStdout();
-        owned.reset();
-        testing::internal::GetCapturedStdout();
-    }
-};
 } // namespace
 
 TEST(Robustness, DeckExtensionsOtherThanTxtAreRefusedByTheReaderFactory) {
@@ -75,26 +56,24 @@ TEST(Robustness, TrackerFileThatCannotBeOpenedIsReportedInTheLogAndTheRunGoesOn)
 }
 
 TEST(Robustness, RefusedStepLeavesEveryNodeWhereItWas) {
-    const fs::path dir = scratchDir("refused_step");
     std::string text = rodDeck;
     text.replace(text.find("STEP 0.0001"), 11, "STEP -1E-3");
     // Node 2 moves on its own: a step taken at all would show in its position.
     text.replace(text.find("2 X 1\n"), 6,
                  "2 X 1 CONSTRAINT PULL\nCONSTRAINTS TYPE BOUNDARY_CONDITION\nPULL VX 5\n");
-    const fs::path deck = writeFile(dir / "refused.txt", text);
-    AssembledModel m(deck);
+    contact_test::QuietModel m("refused_step", text);
     double candidate = 90000.0;
     try {
-        m.model.step(candidate);
+        m->step(candidate);
         FAIL() << "a negative step was taken";
     } catch (const std::runtime_error& e) {
         EXPECT_STREQ(e.what(),
                      "Time step -0.001 does not advance the time from 0.000000: the run cannot reach "
                      "its end time");
     }
-    for (const auto& n : m.model.getNodes())
+    for (const auto& n : m->getNodes())
         EXPECT_EQ(n->getX_pos(), n->getNumber() == 1 ? 0.0 : 1.0);
-    EXPECT_EQ(m.model.getCurrentTime(), 0.0);
+    EXPECT_EQ(m->getCurrentTime(), 0.0);
 }
 
 TEST(Robustness, SteppingByHandTakesTheIncrementsOfTheWholeRun) {
@@ -106,13 +85,13 @@ TEST(Robustness, SteppingByHandTakesTheIncrementsOfTheWholeRun) {
     while (fs::exists(dir / "Results_by_hand" / ("by_hand_" + std::to_string(written) + ".vtk")))
         ++written;
 
-    AssembledModel m(deck);
-    EXPECT_EQ(m.model.getEndTime(), 0.001);
+    contact_test::QuietModel m("by_hand_model", rodDeck);
+    EXPECT_EQ(m->getEndTime(), 0.001);
     double candidate = 90000.0;
     int increments = 0;
-    while (!(m.model.getEndTime() < m.model.getCurrentTime())) {
-        m.model.step(candidate);
-        m.model.advanceTime();
+    while (!(m->getEndTime() < m->getCurrentTime())) {
+        m->step(candidate);
+        m->advanceTime();
         ++increments;
     }
     // Ten sums of 1e-4 pass 1e-3 by rounding: ten increments, not eleven.
