@@ -20,19 +20,8 @@ struct UnitLine : ::testing::Test {
 
 } // namespace
 
-TEST_F(UnitLine, DeckLineMessagesNodeRegistrationAndOutput) {
-    const struct {
-        const char *line, *message;
-    } cases[] = {{"NODES 1 X", "Not enough nodes inputs for Element Contact Line"},
-                 {"NODES 1", "Not enough nodes inputs for Element Contact Line"},
-                 {"NODES 1 99", "Node 99 is not found"},
-                 {"NODES 1 2 R WIDE", "Input R is not recognized"},
-                 {"NODES 1 2 TYPE SHELL", "Input TYPE is not recognized"},
-                 {"NODES 1 2 FRICTION", "Input FRICTION is not recognized"},
-                 {"R 0.5", "Nodes are not set for element number 1"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(messageOf<std::invalid_argument>([&] { make(c.line); }), c.message) << c.line;
-
+// The messages of bad contact-line lines are kept as deck files.
+TEST_F(UnitLine, AttachedOnceAndWrittenAsALineCell) {
     // A line attached twice is searched once.
     auto line = s.make<ContactLine>("NODES 2 1", false);
     line->attachContactSearch(s.search);
