@@ -5,6 +5,7 @@
 #include "ContactSearch.h"
 #include "ControlSet.h"
 #include "Element.h"
+#include "ElementLibrary.h"
 #include "Load.h"
 #include "Logger.h"
 #include "LoggerLibrary.h"
@@ -122,8 +123,10 @@ void Model::initialize() {
         for (int i = 0; i < numberOfElements; ++i) {
             auto e = reader->getNextElement(nodes, nodeMap, materials, loads);
             elements.push_back(e);
-            elementMap.emplace(e->getNumber(), e);
         }
+        ElementLibrary::storeByKind(elements);
+        for (const auto& e : elements)
+            elementMap.emplace(e->getNumber(), e);
         writer = WriterLibrary::getWriterOstrel("VTK");
         writer->init(inputPath);
         reader->rewindFile();
