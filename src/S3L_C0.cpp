@@ -243,10 +243,13 @@ void S3L_C0::computeStrain(double dt, int ip) {
 }
 
 void S3L_C0::computeStress(double, int ip) {
-    if (ip >= 0 && ip < inlinePoints && ip < static_cast<int>(strains.size()))
-        material->computeStress2D(deformationGradient, strainViews[ip], stressViews[ip], localBasis);
-    else
-        material->computeStress2D(deformationGradient, strains.at(ip), stresses.at(ip), localBasis);
+    const int n = static_cast<int>(strains.size());
+    if (ip < 0 || ip >= n) strains.at(ip);
+    double* de = pointData + 2 * n + 18 * ip;
+    static const double zeroF[2][2] = {};
+    material->computeStress2D(zeroF, *reinterpret_cast<double(*)[6]>(de),
+                              *reinterpret_cast<double(*)[6]>(de + 6),
+                              *reinterpret_cast<const double(*)[3][3]>(storage.localBasis));
 }
 
 void S3L_C0::computeInternalForces(double, int ip) {
@@ -398,7 +401,7 @@ void S3L_C0::setInitialConditions() {
                                     "compute: use an ELASTIC material");
     material = material->copyMat();
     updateLocalCoordinateSystem();
-    material->setInitialConditions(localBasis);
+    material->setInitialConditions(*reinterpret_cast<const double(*)[3][3]>(storage.localBasis));
     setUpIntegration();
     deformationGradient = TNT::Array2D<double>(2, 2, 0.0);
     contact.setInitialConditions();

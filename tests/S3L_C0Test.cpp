@@ -30,12 +30,12 @@ public:
         alpha = 12.5;
     }
     void parseOstrel(std::vector<Token>) override {}
-    void setInitialConditions(TNT::Array2D<double>&) override {}
+    void setInitialConditions(const double (&)[3][3]) override {}
     double wavespeed1D() override { return std::sqrt(E / density); }
     double wavespeed2D() override { return std::sqrt(E / ((1.0 - NU * NU) * density)); }
     void computeStress1D(double&, double&, double&) override {}
-    void computeStress2D(const TNT::Array2D<double>&, TNT::Array1D<double>& de, TNT::Array1D<double>& s,
-                         const TNT::Array2D<double>&) override {
+    void computeStress2D(const double (&)[2][2], double (&de)[6], double (&s)[6],
+                         const double (&)[3][3]) override {
         if (fixed) {
             const double base[6] = {3.0, -1.5, 0.0, 0.8, 2.2, -0.7};
             for (int k = 0; k < 6; ++k)
