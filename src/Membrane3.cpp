@@ -165,7 +165,7 @@ void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
 void Membrane3::computeExternalForces(double time) {
     if (!load) return;
     double f[3];
-    geometry.pressureForce(load->getPressure(time), f);
+    geometry.pressureForce(load->getPressure(time), geometry.area(), f);
     for (int a = 0; a < 3; ++a)
         node(a).addExternalForce(f[0], f[1], f[2]);
 }

@@ -35,9 +35,10 @@ public:
     double component(int k, double x, double y, double z) const {
         return frame[k][0] * x + frame[k][1] * y + frame[k][2] * z;
     }
-    // The force p A / 3 along e3 that a pressure p puts on each node.
-    void pressureForce(double pressure, double (&f)[3]) const {
-        const double share = pressure * area() / 3.0;
+    // The force p A / 3 along e3 that a pressure p puts on each node of a
+    // triangle of area A.
+    void pressureForce(double pressure, double area, double (&f)[3]) const {
+        const double share = pressure * area / 3.0;
         f[0] = share * frame[2][0];
         f[1] = share * frame[2][1];
         f[2] = share * frame[2][2];

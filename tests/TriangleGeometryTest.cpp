@@ -84,7 +84,7 @@ TEST(TriangleGeometry, LumpedInertiaStableStepAndPressure) {
                     1e-15);
         // p A / 3 = 6 along the normal: global z, moved to global x.
         double f[3];
-        t.geometry().pressureForce(3.0, f);
+        t.geometry().pressureForce(3.0, 6.0, f);
         const double expected[2][3] = {{0, 0, 6}, {6, 0, 0}};
         for (int k = 0; k < 3; ++k)
             EXPECT_NEAR(f[k], expected[move][k], 1e-14) << move << k;
