@@ -38,23 +38,13 @@ void BM_Rod2Pass(benchmark::State& state) {
 }
 BENCHMARK(BM_Rod2Pass)->Arg(4096)->Arg(65536);
 
-// In-plane deformation gradient with stretch and shear.
-TNT::Array2D<double> sampleF() {
-    TNT::Array2D<double> F(2, 2);
-    F[0][0] = 1.05;
-    F[0][1] = 0.03;
-    F[1][0] = -0.01;
-    F[1][1] = 0.97;
-    return F;
-}
-
 void stressLaw(benchmark::State& state, std::shared_ptr<Material> shared) {
-    TNT::Array2D<double> basis(3, 3, 0.0);
-    basis[0][0] = basis[1][1] = basis[2][2] = 1.0;
+    const double basis[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
     auto m = shared->copyMat();
     m->setInitialConditions(basis);
-    TNT::Array2D<double> F = sampleF();
-    TNT::Array1D<double> strain(6, 0.0), stress(6, 0.0);
+    // In-plane deformation gradient with stretch and shear.
+    const double F[2][2] = {{1.05, 0.03}, {-0.01, 0.97}};
+    double strain[6] = {}, stress[6] = {};
     micro::PerItem perCall(state, 1);
     for (auto _ : state) {
         strain[0] = 1e-6;

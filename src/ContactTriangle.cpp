@@ -1,6 +1,7 @@
 #include "ContactTriangle.h"
 
 #include "DeckParser.h"
+#include "SpeedHints.h"
 
 #include <cmath>
 #include <cstdio>
@@ -40,8 +41,7 @@ constexpr double edge_tolerance_ = 1e-12;
 constexpr double reversal_angle_ = 1.5708;
 } // namespace
 
-ContactTriangle::ContactTriangle()
-    : origin(3, originStorage), localForce(3, localForceStorage), localBasis(3, 3, basisStorage) {
+ContactTriangle::ContactTriangle() {
     numberOfNodes = 3;
     vtkCellType = "5";
 }
@@ -111,25 +111,11 @@ void ContactTriangle::attachContactSearch(ContactSearch& index) {
 
 void ContactTriangle::updateLocalCoordinateSystem() {
     const Node& n1 = node(0);
-    const Node& n2 = node(1);
-    const Node& n3 = node(2);
-    calculateLocalBasis(n1.getX_pos(), n1.getY_pos(), n1.getZ_pos(), n2.getX_pos(), n2.getY_pos(),
-                        n2.getZ_pos(), n3.getX_pos(), n3.getY_pos(), n3.getZ_pos(), localBasis);
-    const Node* n[3] = {&n1, &n2, &n3};
-    double xi[3][3];
-    for (int a = 0; a < 3; ++a) {
-        const double x = n[a]->getX_pos(), y = n[a]->getY_pos(), z = n[a]->getZ_pos();
-        for (int r = 0; r < 3; ++r)
-            xi[a][r] = basisStorage[3 * r] * x + basisStorage[3 * r + 1] * y + basisStorage[3 * r + 2] * z;
-    }
+    geometry.update(n1, node(1), node(2));
     for (int r = 0; r < 3; ++r)
-        origin[r] = xi[0][r];
-    for (int a = 0; a < 3; ++a)
-        for (int r = 0; r < 3; ++r)
-            localCoordinates[a][r] = xi[a][r] - xi[0][r];
+        origin[r] = geometry.component(r, n1.getX_pos(), n1.getY_pos(), n1.getZ_pos());
 
-    const double x2 = localCoordinates[1][0], x3 = localCoordinates[2][0], y3 = localCoordinates[2][1];
-    area = 0.5 * x2 * y3;
+    const double x2 = geometry.x2(), x3 = geometry.x3(), y3 = geometry.y3();
     const double twoA = x2 * y3;
     shapeCoefficients[0] = x2 * y3 / twoA;
     shapeCoefficients[1] = -y3 / twoA;
@@ -161,8 +147,7 @@ bool ContactTriangle::checkContact(const Node* node, double x, double y, double 
 
     double p[3];
     for (int r = 0; r < 3; ++r)
-        p[r] = basisStorage[3 * r] * x + basisStorage[3 * r + 1] * y + basisStorage[3 * r + 2] * z -
-               originStorage[r];
+        p[r] = geometry.component(r, x, y, z) - origin[r];
     const double* c = shapeCoefficients;
     areaCoordinates[0] = c[0] + c[1] * p[0] + c[2] * p[1];
     areaCoordinates[1] = c[3] * p[0] + c[4] * p[1];
@@ -241,10 +226,10 @@ void ContactTriangle::applyContact(Node* node) {
     localForce[2] = fn;
     totalContactForce += fn;
     if (frictionSet) addFriction(node);
+    const double(&R)[3][3] = geometry.basis();
     double global[3];
     for (int j = 0; j < 3; ++j)
-        global[j] = basisStorage[j] * localForce[0] + basisStorage[3 + j] * localForce[1] +
-                    basisStorage[6 + j] * localForce[2];
+        global[j] = R[0][j] * localForce[0] + R[1][j] * localForce[1] + R[2][j] * localForce[2];
     for (int j = 0; j < 3; ++j)
         localForce[j] = global[j];
     node->addContactForce(-global[0], -global[1], -global[2]);
@@ -268,7 +253,7 @@ std::string ContactTriangle::printVTK(int what, int component) {
 }
 
 void ContactTriangle::prefetchForStep() const {
-    prefetchBytes(this, sizeof(ContactTriangle));
+    speed::prefetch(*this);
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
 }

@@ -1,6 +1,7 @@
 // Penalty contact surface on a triangle, with no mass or stiffness of its own.
-// In the triangle's local frame R (e1 along edge 1-2, e3 the unit normal) a
-// node at p = R (x - x1) lies over the face when its area coordinates
+// In the triangle's local frame R (TriangleGeometry: e1 along edge 1-2, e3 the
+// unit normal; nodes 2 and 3 at (x2, 0) and (x3, y3)) a node at
+// p = R x - R x1 lies over the face when its area coordinates
 //   N1 = c0 + c1 px + c2 py,  N2 = c3 px + c4 py,  N3 = c5 py
 // are all non-negative (edges belong to the face, to within rounding). SHELL (two-sided, thickness T): the
 // node penetrates when |pz| <= T/2, gap g = pz -+ T/2, normal force fn = FACTOR g / (T/2). SOLID (one-sided):
@@ -13,6 +14,7 @@
 #include "ContactSearch.h"
 #include "Element.h"
 #include "Node.h"
+#include "TriangleGeometry.h"
 
 #include <memory>
 #include <vector>
@@ -46,8 +48,6 @@ public:
     };
 
     ContactTriangle();
-    ContactTriangle(const ContactTriangle&) = delete;
-    ContactTriangle& operator=(const ContactTriangle&) = delete;
 
     void parseOstrel() override {}
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
@@ -91,13 +91,14 @@ public:
     double getFactor() const { return factor; }
     double getFriction() const { return friction; }
     int getContactType() const { return contactType; }
-    double getArea() const { return area; }
+    double getArea() const { return geometry.area(); }
     double getGap() const { return gap; }
     double getTotalContactForce() const { return totalContactForce; }
     const double* getAreaCoordinates() const { return areaCoordinates; }
     const double* getLocalPosition() const { return localPosition; }
-    const TNT::Array1D<double>& getLocalForce() const { return localForce; }
-    const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
+    // The force of the last contact: built in local axes, left in global axes.
+    const double (&getLocalForce() const)[3] { return localForce; }
+    const double (&getLocalBasis() const)[3][3] { return geometry.basis(); }
     const std::vector<FrictionData>& getFrictionHistory() const { return frictionHistory; }
     bool usesSpatialIndex() const { return search != nullptr; }
     void attachContactSearch(ContactSearch& index) override;
@@ -110,29 +111,23 @@ private:
     // The three nodes, borrowed from `nodes` once they are known.
     Node& node(int a) const { return nodePointers[a] ? *nodePointers[a] : *nodes.at(a); }
     Node* nodePointers[3] = {nullptr, nullptr, nullptr};
-    // Storage of the basis (row by row), origin and local force arrays, which
-    // are views of it, so that the search reads the triangle from one block.
-    double basisStorage[9] = {};
-    double originStorage[3] = {};
-    double localForceStorage[3] = {};
+    // The frame and R x1, which a penetration test reads.
+    TriangleGeometry geometry;
+    double origin[3] = {};
+    double localForce[3] = {};
 
     double thickness = 1.0;
     double factor = 10.0;
     double friction = 0.0;
     int contactType = shellSurface;
     bool thicknessSet = false, nodesSet = false, factorSet = false, frictionSet = false;
-    double area = 0.0;
-    double localCoordinates[3][3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
-    TNT::Array1D<double> origin;
     double shapeCoefficients[6] = {0, 0, 0, 0, 0, 0};
     double areaCoordinates[3] = {0, 0, 0};
     double localPosition[3] = {0, 0, 0};
     double gap = 0.0;
     double boundingBox[4] = {0, 0, 0, 0}; // y-max, y-min, z-max, z-min
-    TNT::Array1D<double> localForce;
     double totalContactForce = 0.0;
     std::vector<FrictionData> frictionHistory;
-    TNT::Array2D<double> localBasis;
     ContactSearch* search = nullptr;
 };
 

@@ -1,18 +1,11 @@
 #include "Elastic.h"
 
-#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
-Elastic::Elastic() : planeStressReady(false), planeStressStorage{}, D(6, 6, planeStressStorage) {
+Elastic::Elastic() {
     type = "ELASTIC";
     alpha = 0.0;
-}
-
-Elastic::Elastic(const Elastic& other)
-    : Material(other), speedsReady(other.speedsReady), barSpeed(other.barSpeed), plateSpeed(other.plateSpeed),
-      planeStressReady(other.planeStressReady), D(6, 6, planeStressStorage) {
-    std::copy(other.planeStressStorage, other.planeStressStorage + 36, planeStressStorage);
 }
 
 void Elastic::parseOstrel(std::vector<Token> tokens) {
@@ -39,7 +32,7 @@ void Elastic::parseOstrel(std::vector<Token> tokens) {
     }
 }
 
-void Elastic::setInitialConditions(TNT::Array2D<double>& /*basis*/) {
+void Elastic::setInitialConditions(const double (&)[3][3]) {
     if (!nameSet) throw std::invalid_argument("Name is not set for this material ");
     if (!densitySet) throw std::invalid_argument("Density is not set for material: " + name);
     if (!nuSet) throw std::invalid_argument("Poisson ration is not set for material: " + name);
@@ -56,7 +49,7 @@ double Elastic::wavespeed2D() {
 }
 
 void Elastic::setPlaneStressModulus() {
-    double* d = planeStressStorage;
+    double* d = D[0];
     // Row by row in straight-line stores, which the compiler merges into
     // vector stores; a fill of the whole block would become a string
     // instruction that is slow to start for so few bytes.
@@ -72,11 +65,11 @@ void Elastic::setPlaneStressModulus() {
     d[35] = 0.8333333333333334 * d[21]; // D55
 }
 
-void Elastic::computeStress2D(const TNT::Array2D<double>& /*F*/, TNT::Array1D<double>& dStrain,
-                              TNT::Array1D<double>& stress, const TNT::Array2D<double>& /*basis*/) {
+void Elastic::computeStress2D(const double (&)[2][2], double (&dStrain)[6], double (&stress)[6],
+                              const double (&)[3][3]) {
     // Rebuilding D costs a few multiplications and always gives the same matrix.
     if (!planeStressReady) setPlaneStressModulus();
-    const double* d = planeStressStorage;
+    const double* d = D[0];
     stress[0] += d[0] * dStrain[0] + d[1] * dStrain[1];
     stress[1] += d[6] * dStrain[0] + d[7] * dStrain[1];
     stress[2] = 0.0;

@@ -14,11 +14,9 @@
 class Elastic final : public Material {
 public:
     Elastic();
-    Elastic(const Elastic& other);
-    Elastic& operator=(const Elastic&) = delete;
 
     void parseOstrel(std::vector<Token> tokens) override;
-    void setInitialConditions(TNT::Array2D<double>& basis) override;
+    void setInitialConditions(const double (&basis)[3][3]) override;
     double wavespeed1D() override {
         if (speedsReady) return barSpeed;
         return std::sqrt(youngsModulus / density);
@@ -28,8 +26,8 @@ public:
         strain += strainIncrement;
         stress = youngsModulus * strain;
     }
-    void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
-                         TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) override;
+    void computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
+                         const double (&basis)[3][3]) override;
     std::shared_ptr<Material> copyMat() override;
     // Asks the processor to start loading what a rod's step reads: the
     // modulus and the bar speed (a hint only).
@@ -40,7 +38,7 @@ public:
 
     // Fills the 6x6 plane-stress matrix D from E and nu.
     void setPlaneStressModulus();
-    const TNT::Array2D<double>& getPlaneStressModulus() const { return D; }
+    const double (&getPlaneStressModulus() const)[6][6] { return D; }
 
 private:
     // The wave speeds depend on E, nu and rho only: worked out once the
@@ -48,8 +46,6 @@ private:
     bool speedsReady = false;
     double barSpeed = 0.0;
     double plateSpeed = 0.0;
-    bool planeStressReady;
-    // D is a view of this row-major block inside the material.
-    double planeStressStorage[36];
-    TNT::Array2D<double> D;
+    bool planeStressReady = false;
+    double D[6][6] = {};
 };

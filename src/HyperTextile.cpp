@@ -20,34 +20,17 @@ double seriesDerivative(const double* k, std::size_t n, double x) {
 
 } // namespace
 
-HyperTextile::HyperTextile()
-    : warpOrientation(3, arrayStorage), weftOrientation(3, arrayStorage + 3),
-      warpTensor(2, 2, arrayStorage + 6), weftTensor(2, 2, arrayStorage + 10),
-      warpWeftTensor(2, 2, arrayStorage + 14), weftWarpTensor(2, 2, arrayStorage + 18) {
+HyperTextile::HyperTextile() {
     type = "HYPERTEXTILE";
     alpha = 0.0;
 }
 
-HyperTextile::HyperTextile(const HyperTextile& other)
-    : Material(other), kElongWarp(other.kElongWarp), kElongWeft(other.kElongWeft), kShear(other.kShear),
-      a0(other.a0), a1(other.a1), b0(other.b0), b1(other.b1), termsInline(other.termsInline),
-      plateSpeedReady(other.plateSpeedReady), plateSpeed(other.plateSpeed), warpOrientation(3, arrayStorage),
-      weftOrientation(3, arrayStorage + 3), warpTensor(2, 2, arrayStorage + 6),
-      weftTensor(2, 2, arrayStorage + 10), warpWeftTensor(2, 2, arrayStorage + 14),
-      weftWarpTensor(2, 2, arrayStorage + 18) {
-    std::copy(other.arrayStorage, other.arrayStorage + 22, arrayStorage);
-    std::copy(other.warpInline, other.warpInline + inlineTerms, warpInline);
-    std::copy(other.weftInline, other.weftInline + inlineTerms, weftInline);
-    std::copy(other.shearInline, other.shearInline + inlineTerms, shearInline);
-}
-
-void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t i,
-                                   TNT::Array1D<double>& out) const {
+void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t i, double (&out)[3]) const {
     // The same text serves the warp and the weft keyword.
     for (std::size_t c = 0; c < 3; ++c) {
         if (i + 1 + c >= tokens.size() || tokens[i + 1 + c].isAWord())
             throw std::invalid_argument("Not enough parameters for warp orientation in material : " + name);
-        out[int(c)] = tokens[i + 1 + c].getFiniteNumber(tokens[i].getWord() + " of material " + name);
+        out[c] = tokens[i + 1 + c].getFiniteNumber(tokens[i].getWord() + " of material " + name);
     }
 }
 
@@ -75,8 +58,8 @@ void HyperTextile::parseOstrel(std::vector<Token> tokens) {
     }
 }
 
-void HyperTextile::project(const TNT::Array2D<double>& basis, const TNT::Array1D<double>& direction,
-                           double& p0, double& p1) {
+void HyperTextile::project(const double (&basis)[3][3], const double (&direction)[3], double& p0,
+                           double& p1) {
     p0 = basis[0][0] * direction[0] + basis[0][1] * direction[1] + basis[0][2] * direction[2];
     p1 = basis[1][0] * direction[0] + basis[1][1] * direction[1] + basis[1][2] * direction[2];
     const double length = std::sqrt(p0 * p0 + p1 * p1);
@@ -84,7 +67,7 @@ void HyperTextile::project(const TNT::Array2D<double>& basis, const TNT::Array1D
     p1 /= length;
 }
 
-void HyperTextile::setInitialConditions(TNT::Array2D<double>& basis) {
+void HyperTextile::setInitialConditions(const double (&basis)[3][3]) {
     if (!nameSet) throw std::invalid_argument("Name is not set for this material ");
     if (!densitySet) throw std::invalid_argument("Density is not set for material: " + name);
     if (kShear.empty() || kElongWarp.empty())
@@ -137,8 +120,8 @@ double HyperTextile::wavespeed2D() {
 
 void HyperTextile::computeStress1D(double&, double&, double&) {}
 
-void HyperTextile::computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
-                                   TNT::Array1D<double>& stress, const TNT::Array2D<double>&) {
+void HyperTextile::computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
+                                   const double (&)[3][3]) {
     const double f00 = F[0][0], f01 = F[0][1], f10 = F[1][0], f11 = F[1][1];
 
     const double c00 = f00 * f00 + f10 * f10;

@@ -19,39 +19,36 @@
 class HyperTextile : public Material {
 public:
     HyperTextile();
-    HyperTextile(const HyperTextile& other);
-    HyperTextile& operator=(const HyperTextile&) = delete;
     ~HyperTextile() override = default;
 
     void parseOstrel(std::vector<Token> tokens) override;
     // Projects the yarn directions onto the plane spanned by rows 0 and 1 of
     // the element's basis and builds the yarn tensors a(x)a, b(x)b, a(x)b, b(x)a.
-    void setInitialConditions(TNT::Array2D<double>& basis) override;
+    void setInitialConditions(const double (&basis)[3][3]) override;
     double wavespeed1D() override;
     double wavespeed2D() override;
     void computeStress1D(double& strain, double& strainIncrement, double& stress) override;
     // strain receives the warp and weft log strains, 1.0 and the shear angle
     // in degrees; stress the total Cauchy stress.
-    void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
-                         TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) override;
+    void computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
+                         const double (&basis)[3][3]) override;
     std::shared_ptr<Material> copyMat() override;
 
     const std::vector<double>& getKElongWarp() const { return kElongWarp; }
     const std::vector<double>& getKElongWeft() const { return kElongWeft; }
     const std::vector<double>& getKShear() const { return kShear; }
-    const TNT::Array1D<double>& getWarpOrientation() const { return warpOrientation; }
-    const TNT::Array1D<double>& getWeftOrientation() const { return weftOrientation; }
-    const TNT::Array2D<double>& getWarpTensor() const { return warpTensor; }
-    const TNT::Array2D<double>& getWeftTensor() const { return weftTensor; }
-    const TNT::Array2D<double>& getWarpWeftTensor() const { return warpWeftTensor; }
-    const TNT::Array2D<double>& getWeftWarpTensor() const { return weftWarpTensor; }
+    const double (&getWarpOrientation() const)[3] { return warpOrientation; }
+    const double (&getWeftOrientation() const)[3] { return weftOrientation; }
+    const double (&getWarpTensor() const)[2][2] { return warpTensor; }
+    const double (&getWeftTensor() const)[2][2] { return weftTensor; }
+    const double (&getWarpWeftTensor() const)[2][2] { return warpWeftTensor; }
+    const double (&getWeftWarpTensor() const)[2][2] { return weftWarpTensor; }
 
 private:
     // Reads the three components that follow the keyword at position i.
-    void readOrientation(const std::vector<Token>& tokens, std::size_t i, TNT::Array1D<double>& out) const;
+    void readOrientation(const std::vector<Token>& tokens, std::size_t i, double (&out)[3]) const;
     // Unit projection of a global direction onto the element plane.
-    static void project(const TNT::Array2D<double>& basis, const TNT::Array1D<double>& direction, double& p0,
-                        double& p1);
+    static void project(const double (&basis)[3][3], const double (&direction)[3], double& p0, double& p1);
 
     std::vector<double> kElongWarp;
     std::vector<double> kElongWeft;
@@ -71,13 +68,12 @@ private:
     // The plate wave speed, worked out once the coefficients are checked.
     bool plateSpeedReady = false;
     double plateSpeed = 0.0;
-    // The orientations and yarn tensors are views of this block: warp and
-    // weft directions (3 + 3), then the four 2x2 tensors row by row.
-    double arrayStorage[22] = {};
-    TNT::Array1D<double> warpOrientation;
-    TNT::Array1D<double> weftOrientation;
-    TNT::Array2D<double> warpTensor;
-    TNT::Array2D<double> weftTensor;
-    TNT::Array2D<double> warpWeftTensor;
-    TNT::Array2D<double> weftWarpTensor;
+    // Warp and weft directions as read, and the yarn tensors a(x)a, b(x)b,
+    // a(x)b, b(x)a of the element plane.
+    double warpOrientation[3] = {};
+    double weftOrientation[3] = {};
+    double warpTensor[2][2] = {};
+    double weftTensor[2][2] = {};
+    double warpWeftTensor[2][2] = {};
+    double weftWarpTensor[2][2] = {};
 };

@@ -38,7 +38,7 @@ void Hyperelastic::parseOstrel(std::vector<Token> tokens) {
     }
 }
 
-void Hyperelastic::setInitialConditions(TNT::Array2D<double>&) {
+void Hyperelastic::setInitialConditions(const double (&)[3][3]) {
     if (!nameSet) throw std::invalid_argument("Name is not set for this material ");
     if (!densitySet) throw std::invalid_argument("Density is not set for material: " + name);
     if (!potentialSet)
@@ -71,8 +71,8 @@ double Hyperelastic::wavespeed2D() {
 
 void Hyperelastic::computeStress1D(double&, double&, double&) {}
 
-void Hyperelastic::computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
-                                   TNT::Array1D<double>& stress, const TNT::Array2D<double>&) {
+void Hyperelastic::computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
+                                   const double (&)[3][3]) {
     const double f00 = F[0][0], f01 = F[0][1], f10 = F[1][0], f11 = F[1][1];
 
     // C = F^T F, symmetric by construction.

@@ -24,12 +24,12 @@ public:
     ~Hyperelastic() override = default;
 
     void parseOstrel(std::vector<Token> tokens) override;
-    void setInitialConditions(TNT::Array2D<double>& basis) override;
+    void setInitialConditions(const double (&basis)[3][3]) override;
     double wavespeed1D() override;
     double wavespeed2D() override;
     void computeStress1D(double& strain, double& strainIncrement, double& stress) override;
-    void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
-                         TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) override;
+    void computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
+                         const double (&basis)[3][3]) override;
     std::shared_ptr<Material> copyMat() override;
 
     const std::vector<double>& getMuTerms() const { return muTerms; }

@@ -1,10 +1,11 @@
 // Abstract constitutive law. Elements hold a private copy (copyMat) so that a
 // law may keep per-element state; rods call computeStress1D, membranes and
 // shells computeStress2D with six-component vectors ordered
-// 11, 22, 33, 12, 13, 23 (engineering shears).
+// 11, 22, 33, 12, 13, 23 (engineering shears). The element's frame (rows e1,
+// e2, e3) and the in-plane deformation gradient F travel as plain arrays
+// owned by the element.
 #pragma once
 
-#include "TntExtras.h"
 #include "Token.h"
 
 #include <memory>
@@ -16,12 +17,12 @@ public:
     virtual ~Material() = default;
 
     virtual void parseOstrel(std::vector<Token> tokens) = 0;
-    virtual void setInitialConditions(TNT::Array2D<double>& basis) = 0;
+    virtual void setInitialConditions(const double (&basis)[3][3]) = 0;
     virtual double wavespeed1D() = 0;
     virtual double wavespeed2D() = 0;
     virtual void computeStress1D(double& strain, double& strainIncrement, double& stress) = 0;
-    virtual void computeStress2D(const TNT::Array2D<double>& F, TNT::Array1D<double>& strain,
-                                 TNT::Array1D<double>& stress, const TNT::Array2D<double>& basis) = 0;
+    virtual void computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
+                                 const double (&basis)[3][3]) = 0;
     virtual std::shared_ptr<Material> copyMat() = 0;
 
     std::string getName() const { return name; }

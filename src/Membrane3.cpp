@@ -4,6 +4,7 @@
 #include "Load.h"
 #include "Material.h"
 #include "Node.h"
+#include "SpeedHints.h"
 
 #include <cfloat>
 #include <climits>
@@ -11,13 +12,9 @@
 #include <cstdio>
 #include <stdexcept>
 
-Membrane3::Membrane3() : inertia(3, 3, 0.0) {
+Membrane3::Membrane3() {
     numberOfNodes = 3;
     vtkCellType = "5";
-    localBasis = TNT::Array2D<double>(3, 3, lawData + kBasis);
-    strain = TNT::Array1D<double>(6, lawData + kStrain);
-    stress = TNT::Array1D<double>(6, lawData + kStress);
-    deformationGradient = TNT::Array2D<double>(2, 2, lawData + kF);
 }
 
 Membrane3::~Membrane3() = default;
@@ -76,62 +73,17 @@ void Membrane3::parseOstrel(std::vector<Token> tokens, const std::vector<std::sh
 }
 
 void Membrane3::computeJacobian() {
-    const Node& p1 = node(0);
-    const Node& p2 = node(1);
-    const Node& p3 = node(2);
-    const double x1 = p1.getX_pos(), y1 = p1.getY_pos(), z1 = p1.getZ_pos();
-    const double ax = p2.getX_pos() - x1, ay = p2.getY_pos() - y1, az = p2.getZ_pos() - z1;
-    const double bx = p3.getX_pos() - x1, by = p3.getY_pos() - y1, bz = p3.getZ_pos() - z1;
-    const double nx = ay * bz - az * by, ny = az * bx - ax * bz, nz = ax * by - ay * bx;
-    const double la = std::sqrt(ax * ax + ay * ay + az * az);
-    const double ln = std::sqrt(nx * nx + ny * ny + nz * nz);
-
-    const double u1 = ax / la, u2 = ay / la, u3 = az / la;
-    const double w1 = nx / ln, w2 = ny / ln, w3 = nz / ln;
-    // The frame, row by row into the basis: e1 along edge 1-2, e3 the unit
-    // normal, e2 = e3 x e1 (the arithmetic of calculateLocalBasis).
-    double* e = lawData + kBasis;
-    e[0] = u1;
-    e[1] = u2;
-    e[2] = u3;
-    e[3] = w2 * u3 - w3 * u2;
-    e[4] = w3 * u1 - w1 * u3;
-    e[5] = w1 * u2 - w2 * u1;
-    e[6] = w1;
-    e[7] = w2;
-    e[8] = w3;
-
-    area = 0.5 * ln;
-    jacobian[0][0] = la;
-    jacobian[0][1] = (bx * ax + by * ay + bz * az) / la;
+    geometry.update(node(0), node(1), node(2));
+    jacobian[0][0] = geometry.x2();
+    jacobian[0][1] = geometry.x3();
     jacobian[1][0] = 0.0;
-    jacobian[1][1] = ln / la;
+    jacobian[1][1] = geometry.y3();
     detJacobian = jacobian[1][1] * jacobian[0][0];
-    basisCurrent = true;
-}
-
-TNT::Array2D<double>& Membrane3::currentBasis() {
-    if (!basisCurrent) {
-        const Node& p1 = node(0);
-        const Node& p2 = node(1);
-        const Node& p3 = node(2);
-        calculateLocalBasis(p1.getX_pos(), p1.getY_pos(), p1.getZ_pos(), p2.getX_pos(), p2.getY_pos(),
-                            p2.getZ_pos(), p3.getX_pos(), p3.getY_pos(), p3.getZ_pos(), localBasis);
-        basisCurrent = true;
-    }
-    return localBasis;
-}
-
-const TNT::Array2D<double>& Membrane3::getLocalBasis() const {
-    // Forming the basis on demand changes no observable state.
-    return const_cast<Membrane3*>(this)->currentBasis();
 }
 
 void Membrane3::updateLocalCoordinateSystem() {
     // The frame of the current triangle is the one the Jacobian is built in:
-    // computeJacobian forms it with the same arithmetic and stores it, so the
-    // update only marks the stored one as out of date.
-    basisCurrent = false;
+    // computeJacobian forms both from the nodes of the step.
     contact.updateLocalCoordinateSystem();
 }
 
@@ -146,11 +98,11 @@ void Membrane3::computeStrain(double dt, int /*ip*/) {
 
     const double j00 = jacobian[0][0], j01 = jacobian[0][1], j10 = jacobian[1][0], j11 = jacobian[1][1];
     const double(&K)[2][2] = initialJacobianInverse;
-    double* F = lawData + kF;
-    F[0] = j00 * K[0][0] + j01 * K[1][0];
-    F[1] = j00 * K[0][1] + j01 * K[1][1];
-    F[2] = j10 * K[0][0] + j11 * K[1][0];
-    F[3] = j10 * K[0][1] + j11 * K[1][1];
+    double(&F)[2][2] = deformationGradient;
+    F[0][0] = j00 * K[0][0] + j01 * K[1][0];
+    F[0][1] = j00 * K[0][1] + j01 * K[1][1];
+    F[1][0] = j10 * K[0][0] + j11 * K[1][0];
+    F[1][1] = j10 * K[0][1] + j11 * K[1][1];
 
     // G = J^-T: the Cartesian derivatives of the shape functions of nodes 2 and
     // 3 in the current local frame; node 1 takes minus their sum.
@@ -178,24 +130,24 @@ void Membrane3::computeStrain(double dt, int /*ip*/) {
     b2[4] = g11;
     b2[5] = g01;
 
-    strain[0] = F[0];
-    strain[1] = F[3];
-    strain[2] = F[1];
+    strain[0] = F[0][0];
+    strain[1] = F[1][1];
+    strain[2] = F[0][1];
 }
 
 void Membrane3::computeStress(double /*dt*/, int /*ip*/) {
-    material->computeStress2D(deformationGradient, strain, stress, currentBasis());
+    material->computeStress2D(deformationGradient, strain, stress, geometry.basis());
 }
 
 void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
     thickness = strain[2] * initialThickness;
-    const double k = area * thickness;
+    const double k = geometry.area() * thickness;
     const double s11 = stress[0], s22 = stress[1], s12 = stress[3];
     const double* b0 = shapeDerivatives[0];
     const double* b1 = shapeDerivatives[1];
     const double* b2 = shapeDerivatives[2];
-    const double* u = lawData + kBasis;     // e1
-    const double* v = lawData + kBasis + 3; // e2
+    const double* u = geometry.basis()[0];
+    const double* v = geometry.basis()[1];
     double* f = internalForce;
     for (int a = 0; a < 3; ++a) {
         const int cx = 2 * a, cy = 2 * a + 1;
@@ -212,11 +164,10 @@ void Membrane3::computeInternalForces(double /*dt*/, int /*ip*/) {
 
 void Membrane3::computeExternalForces(double time) {
     if (!load) return;
-    const double f = load->getPressure(time) * area / 3.0;
-    const double* e3 = lawData + kBasis + 6;
-    const double fx = f * e3[0], fy = f * e3[1], fz = f * e3[2];
+    double f[3];
+    geometry.pressureForce(load->getPressure(time), geometry.area(), f);
     for (int a = 0; a < 3; ++a)
-        node(a).addExternalForce(fx, fy, fz);
+        node(a).addExternalForce(f[0], f[1], f[2]);
 }
 
 void Membrane3::computeContactForces() {
@@ -228,16 +179,17 @@ void Membrane3::assembleMassMatrix() {
     if (!material)
         throw std::invalid_argument("Material is not set for Membrane element " + std::to_string(number));
     // The density of a membrane material is a mass per unit area.
+    const double area = geometry.area();
     const double m = material->getDensity() * area;
     if (m <= 0.0)
         throw std::invalid_argument("Error in Membrane element " + std::to_string(number) +
                                     ". Element mass is zero or negative");
     const double alpha = material->getAlpha();
     const double share = m / 3.0;
-    const double I = share * (thickness * thickness / 12.0 + area / 12.0);
+    const double I = TriangleGeometry::nodalInertia(m, thickness, area);
+    TNT::Array2D<double> inertia(3, 3, 0.0);
     for (int r = 0; r < 3; ++r)
-        for (int s = 0; s < 3; ++s)
-            inertia[r][s] = r == s ? I : 0.0;
+        inertia[r][r] = I;
     for (int a = 0; a < 3; ++a) {
         Node& n = *nodes[a];
         n.addMass(share);
@@ -259,25 +211,13 @@ void Membrane3::setInitialConditions() {
         throw std::invalid_argument("Material is not set for Membrane element " + std::to_string(number));
     material = material->copyMat();
     updateLocalCoordinateSystem();
-    material->setInitialConditions(currentBasis());
+    material->setInitialConditions(geometry.basis());
     contact.setInitialConditions();
 }
 
 double Membrane3::checkTimestep(double dt) {
-    const Node& p1 = node(0);
-    const Node& p2 = node(1);
-    const Node& p3 = node(2);
-    auto squared = [](const Node& a, const Node& b) {
-        const double dx = b.getX_pos() - a.getX_pos(), dy = b.getY_pos() - a.getY_pos(),
-                     dz = b.getZ_pos() - a.getZ_pos();
-        return dx * dx + dy * dy + dz * dz;
-    };
-    double longest = squared(p1, p2);
-    const double l23 = squared(p2, p3), l31 = squared(p3, p1);
-    if (l23 > longest) longest = l23;
-    if (l31 > longest) longest = l31;
-    const double h = 2.0 * area / std::sqrt(longest) * 0.1;
-    const double critical = h / material->wavespeed2D();
+    const double critical =
+        TriangleGeometry::stableStep(node(0), node(1), node(2), geometry.area(), material->wavespeed2D());
     // A step that is not a number (zero wave speed over zero altitude) leaves
     // the candidate unchanged.
     return critical < dt ? critical : dt;
@@ -292,11 +232,7 @@ std::string Membrane3::printVTK(int what, int component) {
 }
 
 void Membrane3::prefetchForStep() const {
-    prefetchBytes(this, sizeof(Membrane3));
-    // The material's fields, and the row pointers of F that the law reads.
-    prefetchBytes(material.get(), 256);
-    prefetchBytes(static_cast<double**>(const_cast<TNT::Array2D<double>&>(deformationGradient)),
-                  2 * sizeof(double*));
+    speed::prefetch(*this);
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
 }

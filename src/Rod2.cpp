@@ -169,7 +169,7 @@ void Rod2::setInitialConditions() {
     getLocalBasis();
     material = material->copyMat();
     elastic = dynamic_cast<Elastic*>(material.get());
-    material->setInitialConditions(localBasis);
+    material->setInitialConditions(*reinterpret_cast<const double(*)[3][3]>(storage.localBasis));
     if (contactType == faceEdgeContact) contactLine->setInitialConditions();
 }
 

@@ -4,6 +4,7 @@
 #include "Load.h"
 #include "Material.h"
 #include "Node.h"
+#include "SpeedHints.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,21 +17,13 @@ namespace {
 // Larger counts are a typing slip: each point costs a strain and a stress vector.
 constexpr int maxIntegrationPoints = 100;
 
-double dot3(const double* a, double x, double y, double z) {
-    return a[0] * x + a[1] * y + a[2] * z;
-}
+// The shell integrates strain increments: its laws receive a zero
+// deformation gradient.
+constexpr double noDeformationGradient[2][2] = {};
 
 } // namespace
 
-S3L_C0::S3L_C0()
-    : area(0.0), thickness(0.0), inertia(3, 3, storage.inertia), localBasis(3, 3, storage.localBasis),
-      nodesSet(false), materialSet(false), numberOfIntegrationPoints(3), integrationPointPositions(0),
-      integrationPointWeights(0), deformationGradient(2, 2, 0.0), localX2(0.0), localX3(0.0), localY3(0.0),
-      membraneMatrix(3, 6, storage.membraneMatrix), bendingMatrix(3, 6, storage.bendingMatrix),
-      shearMatrix(2, 6, storage.shearMatrix), membraneStrainRate{0, 0, 0}, curvatureRate{0, 0, 0},
-      shearStrainRate{0, 0}, localVelocity{0, 0, 0, 0, 0, 0, 0, 0, 0},
-      localRotationRate{0, 0, 0, 0, 0, 0, 0, 0, 0}, deformationRotationRate{0, 0, 0, 0, 0, 0},
-      ratesCurrent(false) {
+S3L_C0::S3L_C0() {
     numberOfNodes = 3;
     vtkCellType = "5";
 }
@@ -106,27 +99,21 @@ void S3L_C0::parseOstrel(std::vector<Token> tokens, const std::vector<std::share
 }
 
 void S3L_C0::updateLocalCoordinateSystem() {
-    const Node& a = node(0);
-    const Node& b = node(1);
-    const Node& c = node(2);
-    calculateLocalBasis(a.getX_pos(), a.getY_pos(), a.getZ_pos(), b.getX_pos(), b.getY_pos(), b.getZ_pos(),
-                        c.getX_pos(), c.getY_pos(), c.getZ_pos(), localBasis);
+    geometry.update(node(0), node(1), node(2));
     ratesCurrent = false;
     contact.updateLocalCoordinateSystem();
 }
 
 void S3L_C0::computeLocalVariables() {
     const Node* n[3] = {&node(0), &node(1), &node(2)};
-    const double* basis = storage.localBasis;
-    const double* e1 = basis;
-    const double* e2 = basis + 3;
+    const TriangleGeometry& g = geometry;
 
     const double x0 = n[0]->getX_pos(), y0 = n[0]->getY_pos(), z0 = n[0]->getZ_pos();
     const double d2x = n[1]->getX_pos() - x0, d2y = n[1]->getY_pos() - y0, d2z = n[1]->getZ_pos() - z0;
     const double d3x = n[2]->getX_pos() - x0, d3y = n[2]->getY_pos() - y0, d3z = n[2]->getZ_pos() - z0;
-    localX2 = dot3(e1, d2x, d2y, d2z);
-    localX3 = dot3(e1, d3x, d3y, d3z);
-    localY3 = dot3(e2, d3x, d3y, d3z);
+    localX2 = g.component(0, d2x, d2y, d2z);
+    localX3 = g.component(0, d3x, d3y, d3z);
+    localY3 = g.component(1, d3x, d3y, d3z);
     area = 0.5 * localX2 * localY3;
 
     for (int a = 0; a < 3; ++a) {
@@ -134,8 +121,8 @@ void S3L_C0::computeLocalVariables() {
         const double vx = node.getX_vel(), vy = node.getY_vel(), vz = node.getZ_vel();
         const double rx = node.getX_rot_vel(), ry = node.getY_rot_vel(), rz = node.getZ_rot_vel();
         for (int k = 0; k < 3; ++k) {
-            localVelocity[3 * a + k] = dot3(basis + 3 * k, vx, vy, vz);
-            localRotationRate[3 * a + k] = dot3(basis + 3 * k, rx, ry, rz);
+            localVelocity[3 * a + k] = g.component(k, vx, vy, vz);
+            localRotationRate[3 * a + k] = g.component(k, rx, ry, rz);
         }
     }
 }
@@ -143,26 +130,26 @@ void S3L_C0::computeLocalVariables() {
 void S3L_C0::buildMatrices() {
     const double x2 = localX2, x3 = localX3, y3 = localY3;
     const double m = 1.0 / (2.0 * area);
-    double* bm0 = storage.membraneMatrix;
-    double* bm1 = bm0 + 6;
-    double* bm2 = bm0 + 12;
+    double* bm0 = membraneMatrix[0];
+    double* bm1 = membraneMatrix[1];
+    double* bm2 = membraneMatrix[2];
     bm0[0] = -y3 * m, bm0[1] = 0.0, bm0[2] = y3 * m, bm0[3] = 0.0, bm0[4] = 0.0, bm0[5] = 0.0;
     bm1[0] = 0.0, bm1[1] = (x3 - x2) * m, bm1[2] = 0.0, bm1[3] = -x3 * m, bm1[4] = 0.0, bm1[5] = x2 * m;
     bm2[0] = (x3 - x2) * m, bm2[1] = -y3 * m, bm2[2] = -x3 * m, bm2[3] = y3 * m, bm2[4] = x2 * m,
     bm2[5] = 0.0;
 
     const double b = -m;
-    double* bb0 = storage.bendingMatrix;
-    double* bb1 = bb0 + 6;
-    double* bb2 = bb0 + 12;
+    double* bb0 = bendingMatrix[0];
+    double* bb1 = bendingMatrix[1];
+    double* bb2 = bendingMatrix[2];
     bb0[0] = 0.0, bb0[1] = -y3 * b, bb0[2] = 0.0, bb0[3] = y3 * b, bb0[4] = 0.0, bb0[5] = 0.0;
     bb1[0] = (x2 - x3) * b, bb1[1] = 0.0, bb1[2] = x3 * b, bb1[3] = 0.0, bb1[4] = -x2 * b, bb1[5] = 0.0;
     bb2[0] = y3 * b, bb2[1] = (x3 - x2) * b, bb2[2] = -y3 * b, bb2[3] = -x3 * b, bb2[4] = 0.0,
     bb2[5] = x2 * b;
 
     const double s = 1.0 / (12.0 * area);
-    double* bs0 = storage.shearMatrix;
-    double* bs1 = bs0 + 6;
+    double* bs0 = shearMatrix[0];
+    double* bs1 = shearMatrix[1];
     bs0[0] = -y3 * y3 * s;
     bs0[1] = (2.0 * x2 + x3) * y3 * s;
     bs0[2] = y3 * y3 * s;
@@ -202,8 +189,8 @@ void S3L_C0::computeRates(double dt) {
                           localVelocity[4], localVelocity[6], localVelocity[7]};
     const double* th = deformationRotationRate;
     for (int r = 0; r < 3; ++r) {
-        const double* bm = storage.membraneMatrix + 6 * r;
-        const double* bb = storage.bendingMatrix + 6 * r;
+        const double* bm = membraneMatrix[r];
+        const double* bb = bendingMatrix[r];
         double e = 0.0, k = 0.0;
         for (int j = 0; j < 6; ++j) {
             e += bm[j] * uv[j];
@@ -213,7 +200,7 @@ void S3L_C0::computeRates(double dt) {
         curvatureRate[r] = k;
     }
     for (int r = 0; r < 2; ++r) {
-        const double* bs = storage.shearMatrix + 6 * r;
+        const double* bs = shearMatrix[r];
         double g = 0.0;
         for (int j = 0; j < 6; ++j)
             g += bs[j] * th[j];
@@ -226,12 +213,10 @@ void S3L_C0::computeStrain(double dt, int ip) {
     // The rates are the same at every point: computed at the first point of the
     // step (or whenever the basis has moved since).
     if (ip == 0 || !ratesCurrent) computeRates(dt);
-    const int n = static_cast<int>(strains.size());
-    if (ip < 0 || ip >= n)
-        throw std::out_of_range("Integration point " + std::to_string(ip) + " of " + std::to_string(n));
-    double* de = pointData + 2 * n + 18 * ip;
-    double* total = de + 12;
-    const double z = pointData[ip];
+    Point& p = point(ip);
+    double* de = p.strainIncrement;
+    double* total = p.accumulatedStrain;
+    const double z = p.z;
     de[0] = (membraneStrainRate[0] - z * curvatureRate[0]) * dt;
     de[1] = (membraneStrainRate[1] - z * curvatureRate[1]) * dt;
     de[2] = 0.0;
@@ -242,20 +227,23 @@ void S3L_C0::computeStrain(double dt, int ip) {
         total[k] += de[k];
 }
 
+S3L_C0::Point& S3L_C0::point(int ip) {
+    const int n = static_cast<int>(points.size());
+    if (ip < 0 || ip >= n)
+        throw std::out_of_range("Integration point " + std::to_string(ip) + " of " + std::to_string(n));
+    return points[static_cast<std::size_t>(ip)];
+}
+
 void S3L_C0::computeStress(double, int ip) {
-    if (ip >= 0 && ip < inlinePoints && ip < static_cast<int>(strains.size()))
-        material->computeStress2D(deformationGradient, strainViews[ip], stressViews[ip], localBasis);
-    else
-        material->computeStress2D(deformationGradient, strains.at(ip), stresses.at(ip), localBasis);
+    Point& p = point(ip);
+    material->computeStress2D(noDeformationGradient, p.strainIncrement, p.stress, geometry.basis());
 }
 
 void S3L_C0::computeInternalForces(double, int ip) {
-    const int n = static_cast<int>(stresses.size());
-    if (ip < 0 || ip >= n)
-        throw std::out_of_range("Integration point " + std::to_string(ip) + " of " + std::to_string(n));
-    const double* s = pointData + 2 * n + 18 * ip + 6;
-    const double z = pointData[ip];
-    const double k = area * 0.5 * thickness * pointData[n + ip];
+    const Point& p = point(ip);
+    const double* s = p.stress;
+    const double z = p.z;
+    const double k = area * 0.5 * thickness * p.weight;
     const double N[3] = {k * s[0], k * s[1], k * s[3]};
     const double M[3] = {z * N[0], z * N[1], z * N[2]};
     // Each transverse shear stress works on its own strain row (s13 on gxz =
@@ -265,9 +253,9 @@ void S3L_C0::computeInternalForces(double, int ip) {
 
     // Resisting forces and moments in local axes: f = Bm^T N, m = Bs^T Q - Bb^T M.
     double f[6], m[6];
-    const double *bm0 = storage.membraneMatrix, *bm1 = bm0 + 6, *bm2 = bm0 + 12;
-    const double *bb0 = storage.bendingMatrix, *bb1 = bb0 + 6, *bb2 = bb0 + 12;
-    const double *bs0 = storage.shearMatrix, *bs1 = bs0 + 6;
+    const double *bm0 = membraneMatrix[0], *bm1 = membraneMatrix[1], *bm2 = membraneMatrix[2];
+    const double *bb0 = bendingMatrix[0], *bb1 = bendingMatrix[1], *bb2 = bendingMatrix[2];
+    const double *bs0 = shearMatrix[0], *bs1 = shearMatrix[1];
     for (int j = 0; j < 6; ++j) {
         f[j] = bm0[j] * N[0] + bm1[j] * N[1] + bm2[j] * N[2];
         m[j] = bs0[j] * Q[0] + bs1[j] * Q[1] - (bb0[j] * M[0] + bb1[j] * M[1] + bb2[j] * M[2]);
@@ -279,9 +267,9 @@ void S3L_C0::computeInternalForces(double, int ip) {
     fz[1] = ((m[1] + m[3] + m[5]) - fz[2] * localX3) / localX2;
     fz[0] = -(fz[1] + fz[2]);
 
-    const double* e1 = storage.localBasis;
-    const double* e2 = e1 + 3;
-    const double* e3 = e1 + 6;
+    const double* e1 = geometry.basis()[0];
+    const double* e2 = geometry.basis()[1];
+    const double* e3 = geometry.basis()[2];
     for (int a = 0; a < 3; ++a) {
         const double fx = f[2 * a], fy = f[2 * a + 1], fn = fz[a];
         const double mx = m[2 * a], my = m[2 * a + 1];
@@ -296,10 +284,10 @@ void S3L_C0::computeInternalForces(double, int ip) {
 
 void S3L_C0::computeExternalForces(double time) {
     if (!load) return;
-    const double share = load->getPressure(time) * area / 3.0;
-    const double* e3 = storage.localBasis + 6;
+    double f[3];
+    geometry.pressureForce(load->getPressure(time), area, f);
     for (int a = 0; a < 3; ++a)
-        node(a).addExternalForce(share * e3[0], share * e3[1], share * e3[2]);
+        node(a).addExternalForce(f[0], f[1], f[2]);
 }
 
 void S3L_C0::computeContactForces() {
@@ -314,10 +302,10 @@ void S3L_C0::assembleMassMatrix() {
     // Also catches a degenerate triangle, whose basis and area are not finite.
     if (!(m > 0.0)) throw std::invalid_argument(errorPrefix() + ". Element mass is zero or negative");
     const double alpha = material->getAlpha();
-    const double I = m / 3.0 * (thickness * thickness / 12.0 + area / 12.0);
+    const double I = TriangleGeometry::nodalInertia(m, thickness, area);
+    TNT::Array2D<double> inertia(3, 3, 0.0);
     for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 3; ++j)
-            inertia[i][j] = i == j ? I : 0.0;
+        inertia[i][i] = I;
     for (int a = 0; a < 3; ++a) {
         Node& node = *nodes[a];
         node.addMass(m / 3.0);
@@ -328,25 +316,18 @@ void S3L_C0::assembleMassMatrix() {
 }
 
 void S3L_C0::setUpIntegration() {
-    const int n = numberOfIntegrationPoints > 0 ? numberOfIntegrationPoints : 0;
-    if (n <= inlinePoints) {
-        pointHeap.clear();
-        pointData = storage.points;
-    } else {
-        pointHeap.assign(static_cast<std::size_t>(n) * 20, 0.0);
-        pointData = pointHeap.data();
-    }
-    std::fill(pointData, pointData + 20 * n, 0.0);
-    integrationPointPositions = TNT::Array1D<double>(n, pointData);
-    integrationPointWeights = TNT::Array1D<double>(n, pointData + n);
+    // Other counts than 1 to 5 leave zero positions and weights: those points
+    // carry nothing.
+    points.assign(static_cast<std::size_t>(numberOfIntegrationPoints > 0 ? numberOfIntegrationPoints : 0),
+                  Point());
     const double h = 0.5 * thickness;
     auto fill = [&](std::initializer_list<double> xi, std::initializer_list<double> w) {
-        int i = 0;
+        std::size_t i = 0;
         for (double v : xi)
-            integrationPointPositions[i++] = h * v;
+            points[i++].z = h * v;
         i = 0;
         for (double v : w)
-            integrationPointWeights[i++] = v;
+            points[i++].weight = v;
     };
     switch (numberOfIntegrationPoints) {
     case 1:
@@ -368,21 +349,7 @@ void S3L_C0::setUpIntegration() {
              {0.236927, 0.478629, 0.568889, 0.478629, 0.236927});
         break;
     default:
-        // Other counts leave the zero-filled table: those points carry nothing.
         break;
-    }
-    strains.clear();
-    stresses.clear();
-    accumulatedStrains.clear();
-    for (int i = 0; i < n; ++i) {
-        double* point = pointData + 2 * n + 18 * i;
-        strains.emplace_back(6, point);
-        stresses.emplace_back(6, point + 6);
-        accumulatedStrains.emplace_back(6, point + 12);
-        if (i < inlinePoints) {
-            strainViews[i] = strains.back();
-            stressViews[i] = stresses.back();
-        }
     }
 }
 
@@ -398,39 +365,27 @@ void S3L_C0::setInitialConditions() {
                                     "compute: use an ELASTIC material");
     material = material->copyMat();
     updateLocalCoordinateSystem();
-    material->setInitialConditions(localBasis);
+    material->setInitialConditions(geometry.basis());
     setUpIntegration();
-    deformationGradient = TNT::Array2D<double>(2, 2, 0.0);
     contact.setInitialConditions();
 }
 
 double S3L_C0::checkTimestep(double dt) {
-    const Node& a = node(0);
-    const Node& b = node(1);
-    const Node& c = node(2);
-    auto dist2 = [](const Node& p, const Node& q) {
-        const double dx = q.getX_pos() - p.getX_pos(), dy = q.getY_pos() - p.getY_pos(),
-                     dz = q.getZ_pos() - p.getZ_pos();
-        return dx * dx + dy * dy + dz * dz;
-    };
-    double longest = dist2(a, b);
-    const double l2 = dist2(b, c), l3 = dist2(c, a);
-    if (l2 > longest) longest = l2;
-    if (l3 > longest) longest = l3;
-    const double critical = 0.1 * (2.0 * area / std::sqrt(longest)) / material->wavespeed2D();
+    const double critical =
+        TriangleGeometry::stableStep(node(0), node(1), node(2), area, material->wavespeed2D());
     return critical < dt ? critical : dt;
 }
 
 std::string S3L_C0::printVTK(int what, int component) {
     if (what != vtkStrain && what != vtkStress) return Element::printVTK(what, component);
-    const auto& values = what == vtkStrain ? accumulatedStrains : stresses;
-    if (values.empty() || component < 0 || component > 5) return "0.0";
-    return formatValue(values[0][component], true);
+    if (points.empty() || component < 0 || component > 5) return "0.0";
+    const Point& p = points.front();
+    return formatValue(what == vtkStrain ? p.accumulatedStrain[component] : p.stress[component], true);
 }
 
 void S3L_C0::prefetchForStep() const {
-    prefetchBytes(this, sizeof(S3L_C0));
-    prefetchBytes(material.get(), 256);
+    speed::prefetch(*this);
+    speed::prefetch(points.data(), points.size() * sizeof(Point));
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
 }

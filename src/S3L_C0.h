@@ -1,6 +1,7 @@
 // Flat three-node shell triangle with independent (C0) rotations, written in a
-// local frame that follows the triangle (e1 along edge 1-2, e3 the unit normal,
-// node 1 at (0,0), node 2 at (x2,0), node 3 at (x3,y3), 2A = x2*y3).
+// local frame that follows the triangle (TriangleGeometry: e1 along edge 1-2,
+// e3 the unit normal). The node positions, read into that frame, put node 1
+// at (0,0), node 2 at (x2,0) and node 3 at (x3,y3), 2A = x2*y3.
 //
 // Kinematics in rate form (Mindlin plate):
 //   membrane strain rate  (exx, eyy, gxy)' = Bm (u', v')        constant-strain triangle
@@ -24,13 +25,16 @@
 // Mass: m = rho A (rho taken per unit area) lumped in thirds, rotational inertia
 // (m/3)(t^2/12 + A/12) about each axis. Stable step 0.1 (2A/Lmax)/c.
 //
-// The element's matrices and, for up to five points, the per-point vectors
-// are views of storage inside the element, so that one element's per-step
-// data sits together in memory.
+// The element owns its state as plain arrays: the frame, the matrices, the
+// rates and one Point (z, weight, strain increment, stress, accumulated
+// strain) per integration point. NIP may ask for up to 100 points, so the
+// points live in a vector sized once by the initial conditions; copies are
+// member-wise.
 #pragma once
 
 #include "Element.h"
 #include "FaceContact.h"
+#include "TriangleGeometry.h"
 
 #include <memory>
 #include <string>
@@ -42,9 +46,16 @@ class ContactTriangle;
 
 class S3L_C0 final : public Element {
 public:
+    // One integration point through the thickness.
+    struct Point {
+        double z = 0.0;      // position t/2 xi
+        double weight = 0.0; // Gauss weight
+        double strainIncrement[6] = {};
+        double stress[6] = {};
+        double accumulatedStrain[6] = {};
+    };
+
     S3L_C0();
-    S3L_C0(const S3L_C0&) = delete;
-    S3L_C0& operator=(const S3L_C0&) = delete;
 
     void parseOstrel() override {}
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Node>>& nodes,
@@ -76,15 +87,11 @@ public:
     double getLocalX2() const { return localX2; }
     double getLocalX3() const { return localX3; }
     double getLocalY3() const { return localY3; }
-    const TNT::Array2D<double>& getLocalBasis() const { return localBasis; }
-    const TNT::Array1D<double>& getIntegrationPointPositions() const { return integrationPointPositions; }
-    const TNT::Array1D<double>& getIntegrationPointWeights() const { return integrationPointWeights; }
-    const std::vector<TNT::Array1D<double>>& getStrains() const { return strains; }
-    const std::vector<TNT::Array1D<double>>& getStresses() const { return stresses; }
-    const std::vector<TNT::Array1D<double>>& getAccumulatedStrains() const { return accumulatedStrains; }
-    const TNT::Array2D<double>& getMembraneMatrix() const { return membraneMatrix; }
-    const TNT::Array2D<double>& getBendingMatrix() const { return bendingMatrix; }
-    const TNT::Array2D<double>& getShearMatrix() const { return shearMatrix; }
+    const double (&getLocalBasis() const)[3][3] { return geometry.basis(); }
+    const std::vector<Point>& getPoints() const { return points; }
+    const double (&getMembraneMatrix() const)[3][6] { return membraneMatrix; }
+    const double (&getBendingMatrix() const)[3][6] { return bendingMatrix; }
+    const double (&getShearMatrix() const)[2][6] { return shearMatrix; }
     const double* getMembraneStrainRate() const { return membraneStrainRate; }
     const double* getCurvatureRate() const { return curvatureRate; }
     const double* getShearStrainRate() const { return shearStrainRate; }
@@ -98,61 +105,37 @@ private:
     void buildMatrices();
     void computeRates(double dt);
     std::string errorPrefix() const;
+    // Integration point ip; out_of_range outside 0 .. NIP-1.
+    Point& point(int ip);
     // The three nodes, borrowed from `nodes` once they are known.
     Node& node(int a) { return nodePointers[a] ? *nodePointers[a] : *nodes.at(a); }
 
-    // Points whose vectors live inside the element; more use the heap.
-    static constexpr int inlinePoints = 5;
-    struct Storage {
-        double inertia[9];
-        double localBasis[9];
-        double membraneMatrix[18];
-        double bendingMatrix[18];
-        double shearMatrix[12];
-        // z and w of every point, then per point the strain increment, the
-        // stress and the accumulated strain (six components each).
-        double points[inlinePoints * 20];
-    };
-    Storage storage{};
-    std::vector<double> pointHeap;
-    double* pointData = storage.points;
     Node* nodePointers[3] = {nullptr, nullptr, nullptr};
-    // Aliases of the first entries of `strains` and `stresses`.
-    TNT::Array1D<double> strainViews[inlinePoints];
-    TNT::Array1D<double> stressViews[inlinePoints];
-
-    double area;
-    double thickness;
+    double area = 0.0;
+    double thickness = 0.0;
     std::shared_ptr<Material> material;
     std::shared_ptr<Load> load;
-    TNT::Array2D<double> inertia;
-    TNT::Array2D<double> localBasis;
     FaceContact contact;
-    bool nodesSet;
-    bool materialSet;
-
-    int numberOfIntegrationPoints;
-    TNT::Array1D<double> integrationPointPositions;
-    TNT::Array1D<double> integrationPointWeights;
-    std::vector<TNT::Array1D<double>> strains;            // increment of the step, per point
-    std::vector<TNT::Array1D<double>> stresses;           // per point
-    std::vector<TNT::Array1D<double>> accumulatedStrains; // sum of the increments, per point
-    TNT::Array2D<double> deformationGradient;
-
-    // Node coordinates in the element plane: (0,0), (x2,0), (x3,y3).
-    double localX2, localX3, localY3;
-    TNT::Array2D<double> membraneMatrix;
-    TNT::Array2D<double> bendingMatrix;
-    TNT::Array2D<double> shearMatrix;
-    double membraneStrainRate[3];
-    double curvatureRate[3];
-    double shearStrainRate[2];
-    // Local translational (u', v', w') and rotational (thx', thy', thz') rates per node.
-    double localVelocity[9];
-    double localRotationRate[9];
-    // Rotation rates less the rigid rotation: (th1x', th1y', th2x', th2y', th3x', th3y').
-    double deformationRotationRate[6];
+    bool nodesSet = false;
+    bool materialSet = false;
     // Set once the rates of the current configuration are known; cleared by a
     // basis update so that every step recomputes them once.
-    bool ratesCurrent;
+    bool ratesCurrent = false;
+    int numberOfIntegrationPoints = 3;
+    std::vector<Point> points;
+
+    TriangleGeometry geometry;
+    // Node coordinates in the element plane: (0,0), (x2,0), (x3,y3).
+    double localX2 = 0.0, localX3 = 0.0, localY3 = 0.0;
+    double membraneMatrix[3][6] = {};
+    double bendingMatrix[3][6] = {};
+    double shearMatrix[2][6] = {};
+    double membraneStrainRate[3] = {};
+    double curvatureRate[3] = {};
+    double shearStrainRate[2] = {};
+    // Local translational (u', v', w') and rotational (thx', thy', thz') rates per node.
+    double localVelocity[9] = {};
+    double localRotationRate[9] = {};
+    // Rotation rates less the rigid rotation: (th1x', th1y', th2x', th2y', th3x', th3y').
+    double deformationRotationRate[6] = {};
 };

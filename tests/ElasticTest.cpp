@@ -12,7 +12,7 @@ namespace {
 using testutil::tokens;
 
 std::string initError(Material& m) {
-    TNT::Array2D<double> basis(3, 3, 0.0);
+    const double basis[3][3] = {};
     try {
         m.setInitialConditions(basis);
     } catch (const std::invalid_argument& e) {
@@ -92,13 +92,8 @@ TEST(ElasticTest, Stress1DIsTotalStrainTimesE) {
 
 TEST(ElasticTest, PlaneStressIncrementAndThicknessStressZero) {
     auto m = steel();
-    TNT::Array2D<double> F(2, 2, 0.0), basis(3, 3, 0.0);
-    TNT::Array1D<double> d(6, 0.0), s(6, 0.0);
-    s[2] = 123.0;
-    d[0] = 1e-3;
-    d[3] = 2e-3;
-    d[4] = 1e-3;
-    d[5] = -1e-3;
+    const double F[2][2] = {}, basis[3][3] = {};
+    double d[6] = {1e-3, 0.0, 0.0, 2e-3, 1e-3, -1e-3}, s[6] = {0.0, 0.0, 123.0, 0.0, 0.0, 0.0};
     m->computeStress2D(F, d, s, basis);
     const double k = 2.1e5 / 0.91, G = 2.1e5 / 2.6;
     EXPECT_NEAR(s[0], k * 1e-3, 1e-9);

@@ -8,7 +8,10 @@
 #include <cmath>
 #include <random>
 
+using mattest::Frame;
 using mattest::mat2;
+using mattest::Result;
+using mattest::stressOf;
 using mattest::tokens;
 
 namespace {
@@ -20,23 +23,10 @@ std::shared_ptr<HyperTextile> parsed(const std::string& params, std::string name
     return m;
 }
 
-std::shared_ptr<HyperTextile> fabric(const std::string& params,
-                                     TNT::Array2D<double> basis = mattest::identityBasis()) {
+std::shared_ptr<HyperTextile> fabric(const std::string& params, const Frame& basis = Frame()) {
     auto m = parsed(params);
-    m->setInitialConditions(basis);
+    m->setInitialConditions(basis.e);
     return m;
-}
-
-struct Result {
-    TNT::Array1D<double> strain{6, 0.0};
-    TNT::Array1D<double> stress{6, 0.0};
-};
-
-Result stressOf(HyperTextile& m, const TNT::Array2D<double>& F) {
-    Result r;
-    TNT::Array2D<double> basis = mattest::identityBasis();
-    m.computeStress2D(F, r.strain, r.stress, basis);
-    return r;
 }
 
 const char* const orthogonal = "RHO 1E-9 WARPORI 1 0 0 WEFTORI 0 1 0 ";
@@ -76,14 +66,14 @@ TEST(HyperTextileParse, RejectsMalformedPhrasesWithTheirMessages) {
 }
 
 TEST(HyperTextileInit, ValidatesInOrderWithTheMaterialName) {
-    TNT::Array2D<double> basis = mattest::identityBasis();
+    const Frame basis;
     auto init = [&](const std::string& text, bool named) {
         return mattest::invalidArgumentOf([&] {
             HyperTextile m;
             std::string name = "PLAIN";
             if (named) m.setName(name);
             m.parseOstrel(tokens(text));
-            m.setInitialConditions(basis);
+            m.setInitialConditions(basis.e);
         });
     };
     const std::string full = "WARPORI 1 0 0 WEFTORI 0 1 0 KSHEAR 1 KELONGWARP 2 KELONGWEFT 3";
@@ -105,10 +95,7 @@ TEST(HyperTextileInit, EmptyWeftListFailsOnlyAtTheWaveSpeed) {
 
 TEST(HyperTextileInit, ProjectsYarnsOntoTheElementPlane) {
     // Element plane spanned by e1 = global y and e2 = global z (normal along x).
-    TNT::Array2D<double> basis(3, 3, 0.0);
-    basis[0][1] = 1.0;
-    basis[1][2] = 1.0;
-    basis[2][0] = 1.0;
+    const Frame basis{{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}};
     auto m = fabric(std::string("RHO 1 KSHEAR 1 KELONGWARP 2 KELONGWEFT 2 ") + "WARPORI 7 3 4 WEFTORI 5 0 -2",
                     basis);
     // a = (3, 4) / 5, b = (0, -1)
@@ -123,13 +110,13 @@ TEST(HyperTextileInit, ProjectsYarnsOntoTheElementPlane) {
 }
 
 TEST(HyperTextileInit, PerpendicularYarnMessages) {
-    TNT::Array2D<double> basis = mattest::identityBasis();
+    const Frame basis;
     // A projection whose length overflows normalises to exactly zero.
     auto warp = parsed("RHO 1 KSHEAR 1 KELONGWARP 1 WARPORI 1E200 0 0 WEFTORI 0 1 0", "CLOTH");
-    EXPECT_EQ(mattest::invalidArgumentOf([&] { warp->setInitialConditions(basis); }),
+    EXPECT_EQ(mattest::invalidArgumentOf([&] { warp->setInitialConditions(basis.e); }),
               "Warp direction is perpendicular to the element for material CLOTH");
     auto weft = parsed("RHO 1 KSHEAR 1 KELONGWARP 1 WARPORI 1 0 0 WEFTORI 0 1E200 1E200", "CLOTH");
-    EXPECT_EQ(mattest::invalidArgumentOf([&] { weft->setInitialConditions(basis); }),
+    EXPECT_EQ(mattest::invalidArgumentOf([&] { weft->setInitialConditions(basis.e); }),
               "Weft direction is perpendicular to the element for material CLOTH");
 }
 
@@ -240,20 +227,16 @@ TEST(HyperTextileWaveSpeed, UsesTheLargerLeadingTensionCoefficient) {
 
 TEST(HyperTextileCopy, CopiesOwnTheirYarnsAndLists) {
     auto original = parsed("RHO 1 KSHEAR 1 KELONGWARP 10 KELONGWEFT 20 WARPORI 1 0 0 WEFTORI 0 1 0");
-    TNT::Array2D<double> flat = mattest::identityBasis();
-    original->setInitialConditions(flat);
+    original->setInitialConditions(Frame().e);
 
     auto copy = std::dynamic_pointer_cast<HyperTextile>(original->copyMat());
     ASSERT_TRUE(copy);
     ASSERT_NE(copy.get(), original.get());
     EXPECT_EQ(copy->getWarpTensor()[0][0], 1.0);
     // A second element whose plane is turned by 90 degrees about the normal.
-    TNT::Array2D<double> turned(3, 3, 0.0);
-    turned[0][1] = 1.0;
-    turned[1][0] = -1.0;
-    turned[2][2] = 1.0;
+    const Frame turned{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
     copy->parseOstrel(tokens("KSHEAR 2 WARPORI 0 5 0"));
-    copy->setInitialConditions(turned);
+    copy->setInitialConditions(turned.e);
 
     EXPECT_EQ(copy->getWarpTensor()[0][0], 1.0);
     EXPECT_EQ(original->getWarpTensor()[0][0], 1.0);

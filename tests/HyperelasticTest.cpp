@@ -9,6 +9,8 @@
 #include <random>
 
 using mattest::mat2;
+using mattest::Result;
+using mattest::stressOf;
 using mattest::tokens;
 
 namespace {
@@ -17,21 +19,8 @@ std::shared_ptr<Hyperelastic> ogden(const std::string& params, std::string name 
     auto m = std::make_shared<Hyperelastic>();
     m->setName(name);
     m->parseOstrel(tokens(params));
-    TNT::Array2D<double> basis = mattest::identityBasis();
-    m->setInitialConditions(basis);
+    m->setInitialConditions(mattest::Frame().e);
     return m;
-}
-
-struct Result {
-    TNT::Array1D<double> strain{6, 0.0};
-    TNT::Array1D<double> stress{6, 0.0};
-};
-
-Result stressOf(Hyperelastic& m, const TNT::Array2D<double>& F) {
-    Result r;
-    TNT::Array2D<double> basis = mattest::identityBasis();
-    m.computeStress2D(F, r.strain, r.stress, basis);
-    return r;
 }
 
 // The stress computed straight from the eigen-decomposition of C by the
@@ -107,14 +96,13 @@ TEST(HyperelasticParse, KeywordWithoutValueIsARangeError) {
 }
 
 TEST(HyperelasticInit, ValidatesInOrderWithTheMaterialName) {
-    TNT::Array2D<double> basis = mattest::identityBasis();
     auto init = [&](const std::string& text, bool named) {
         return mattest::invalidArgumentOf([&] {
             Hyperelastic m;
             std::string name = "SKIN";
             if (named) m.setName(name);
             m.parseOstrel(tokens(text));
-            m.setInitialConditions(basis);
+            m.setInitialConditions(mattest::Frame().e);
         });
     };
     EXPECT_EQ(init("RHO 1 TYPE OGDEN MU 1 ALPHA 2", false), "Name is not set for this material ");
@@ -224,8 +212,7 @@ TEST(HyperelasticStress, LeavesTransverseShearsAndZeroesThickness) {
     r.stress[4] = 4.0;
     r.stress[5] = 5.0;
     r.strain[3] = 3.0;
-    TNT::Array2D<double> basis = mattest::identityBasis();
-    m->computeStress2D(mat2(1.2, 0.1, 0, 0.9), r.strain, r.stress, basis);
+    r = stressOf(*m, mat2(1.2, 0.1, 0, 0.9), r);
     EXPECT_EQ(r.stress[2], 0.0);
     EXPECT_EQ(r.stress[4], 4.0);
     EXPECT_EQ(r.stress[5], 5.0);

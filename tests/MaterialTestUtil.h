@@ -34,11 +34,21 @@ inline TNT::Array2D<double> rotation(double angle) {
     return mat2(std::cos(angle), -std::sin(angle), std::sin(angle), std::cos(angle));
 }
 
-inline TNT::Array2D<double> identityBasis() {
-    TNT::Array2D<double> b(3, 3, 0.0);
-    for (int i = 0; i < 3; ++i)
-        b[i][i] = 1.0;
-    return b;
+// An element frame, rows e1, e2, e3; the global axes unless set.
+struct Frame {
+    double e[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+};
+
+// Strain and stress vectors of one 2D stress update.
+struct Result {
+    double strain[6] = {};
+    double stress[6] = {};
+};
+
+inline Result stressOf(Material& m, const TNT::Array2D<double>& F, Result r = {}) {
+    const double f[2][2] = {{F[0][0], F[0][1]}, {F[1][0], F[1][1]}};
+    m.computeStress2D(f, r.strain, r.stress, Frame().e);
+    return r;
 }
 
 // A deformation gradient with positive determinant, stretches between
@@ -81,8 +91,7 @@ inline TNT::Array2D<double> energyGradient(const std::function<double(double, do
 
 // Second Piola-Kirchhoff stress from the in-plane Cauchy stress vector:
 // S = J F^-1 sigma F^-T.
-inline TNT::Array2D<double> pullBack(const TNT::Array2D<double>& F, const TNT::Array1D<double>& stress,
-                                     double J) {
+inline TNT::Array2D<double> pullBack(const TNT::Array2D<double>& F, const double (&stress)[6], double J) {
     const TNT::Array2D<double> sigma = mat2(stress[0], stress[3], stress[3], stress[1]);
     const TNT::Array2D<double> Fi = TNT::invert(F);
     return TNT::matmult(TNT::matmult(Fi, sigma), TNT::transpose(Fi)) * J;

@@ -27,12 +27,12 @@ public:
         density = rho;
     }
     void parseOstrel(std::vector<Token>) override {}
-    void setInitialConditions(TNT::Array2D<double>&) override { ++initialised; }
+    void setInitialConditions(const double (&)[3][3]) override { ++initialised; }
     double wavespeed1D() override { return speed; }
     double wavespeed2D() override { return speed; }
     void computeStress1D(double&, double&, double&) override {}
-    void computeStress2D(const TNT::Array2D<double>&, TNT::Array1D<double>& strain,
-                         TNT::Array1D<double>& stress, const TNT::Array2D<double>&) override {
+    void computeStress2D(const double (&)[2][2], double (&strain)[6], double (&stress)[6],
+                         const double (&)[3][3]) override {
         stress[0] = s11;
         stress[1] = s22;
         stress[3] = s12;
