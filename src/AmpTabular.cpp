@@ -9,7 +9,7 @@ std::shared_ptr<Amplitude> AmpTabular::copyAmp() {
     copy->nameSet = nameSet;
     copy->numberOfValues = numberOfValues;
     copy->valuesSet = valuesSet;
-    copy->cursor = copy->values.end();
+    copy->cursor = 0;
     return copy;
 }
 
@@ -32,7 +32,7 @@ void AmpTabular::parseOstrel(std::vector<Token> tokens) {
         if (i < tokens.size() && tokens[i].isANumber()) ++i;
         valuesSet = true;
     }
-    cursor = values.begin();
+    cursor = 0;
 }
 
 void AmpTabular::setInitialConditions() {
@@ -44,17 +44,18 @@ void AmpTabular::setInitialConditions() {
               });
     startTime = values.front().first;
     endTime = values.back().first;
-    cursor = values.begin();
+    cursor = 0;
 }
 
 double AmpTabular::at(double time) {
     if (time < startTime || time > endTime || values.empty()) return 0.0;
     const std::pair<double, double>& last = values.back();
-    for (auto it = cursor; it != values.end(); ++it) {
+    for (std::size_t k = cursor; k < values.size(); ++k) {
+        const auto it = values.begin() + static_cast<std::ptrdiff_t>(k);
         if (*it == last) return it->second;
         const auto next = it + 1;
         if (it->first <= time && time < next->first) {
-            cursor = it;
+            cursor = k;
             return it->second + (time - it->first) * (next->second - it->second) / (next->first - it->first);
         }
     }

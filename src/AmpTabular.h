@@ -11,11 +11,6 @@
 
 class AmpTabular : public Amplitude {
 public:
-    AmpTabular() : cursor(values.begin()) {}
-    // The cursor points into the own table, so a plain member copy would be wrong.
-    AmpTabular(const AmpTabular&) = delete;
-    AmpTabular& operator=(const AmpTabular&) = delete;
-
     // A copy keeps the name, the flags and the count of pairs but starts with
     // an empty table: it must be given values before it is evaluated.
     std::shared_ptr<Amplitude> copyAmp() override;
@@ -32,6 +27,7 @@ private:
     double startTime = 0.0;
     double endTime = 0.0;
     std::vector<std::pair<double, double>> values;
-    std::vector<std::pair<double, double>>::iterator cursor;
+    // Index of the segment the last evaluation found.
+    std::size_t cursor = 0;
     bool valuesSet = false;
 };
