@@ -102,13 +102,6 @@ protected:
     // Formats an element value for the result file: "%f", or "0.0" for
     // magnitudes of at most 1e-10 when zeroSmall is set.
     static std::string formatValue(double v, bool zeroSmall);
-    // Prefetch hint for every cache line of [p, p + bytes).
-    static void prefetchBytes(const void* p, std::size_t bytes) {
-        const char* first = static_cast<const char*>(p);
-        for (const char* q = first; q < first + bytes; q += 64)
-            __builtin_prefetch(q, 1);
-        if (bytes > 0) __builtin_prefetch(first + bytes - 1, 1);
-    }
     int number;
     int numberOfNodes;
     std::vector<std::shared_ptr<Node>> nodes;
