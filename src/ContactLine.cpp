@@ -1,6 +1,7 @@
 #include "ContactLine.h"
 
 #include "DeckParser.h"
+#include "SpeedHints.h"
 
 #include <cmath>
 #include <cstdio>
@@ -259,7 +260,7 @@ std::string ContactLine::printVTK(int what, int component) {
 }
 
 void ContactLine::prefetchForStep() const {
-    prefetchBytes(this, sizeof(ContactLine));
+    speed::prefetch(*this);
     for (const auto& n : nodes)
         n->prefetchForElements();
 }

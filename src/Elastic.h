@@ -29,12 +29,6 @@ public:
     void computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
                          const double (&basis)[3][3]) override;
     std::shared_ptr<Material> copyMat() override;
-    // Asks the processor to start loading what a rod's step reads: the
-    // modulus and the bar speed (a hint only).
-    void prefetchFor1D() const {
-        __builtin_prefetch(&youngsModulus);
-        __builtin_prefetch(&barSpeed);
-    }
 
     // Fills the 6x6 plane-stress matrix D from E and nu.
     void setPlaneStressModulus();

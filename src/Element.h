@@ -1,6 +1,5 @@
 // Abstract element: the virtual interface through which the model assembles
-// lumped masses, sets initial conditions and runs the explicit loop, plus the
-// construction of an orthonormal local basis from three points.
+// lumped masses, sets initial conditions and runs the explicit loop.
 #pragma once
 
 #include "TntExtras.h"
@@ -99,22 +98,10 @@ public:
     int getNumberOfNodes() const { return numberOfNodes; }
     const std::vector<std::shared_ptr<Node>>& getNodes() const { return nodes; }
 
-    // Right-handed orthonormal basis written row-wise: row 0 the unit vector
-    // P1->P2, row 2 the unit normal of the plane P1 P2 P3, row 1 = row 2 x row 0.
-    static void calculateLocalBasis(double x1, double y1, double z1, double x2, double y2, double z2,
-                                    double x3, double y3, double z3, TNT::Array2D<double>& basis);
-
 protected:
     // Formats an element value for the result file: "%f", or "0.0" for
     // magnitudes of at most 1e-10 when zeroSmall is set.
     static std::string formatValue(double v, bool zeroSmall);
-    // Prefetch hint for every cache line of [p, p + bytes).
-    static void prefetchBytes(const void* p, std::size_t bytes) {
-        const char* first = static_cast<const char*>(p);
-        for (const char* q = first; q < first + bytes; q += 64)
-            __builtin_prefetch(q, 1);
-        if (bytes > 0) __builtin_prefetch(first + bytes - 1, 1);
-    }
     int number;
     int numberOfNodes;
     std::vector<std::shared_ptr<Node>> nodes;

@@ -18,6 +18,7 @@ public:
 
     virtual void parseOstrel(std::vector<Token> tokens) = 0;
     virtual void setInitialConditions(const double (&basis)[3][3]) = 0;
+    // Bar and plate wave speeds; fixed once the initial conditions are set.
     virtual double wavespeed1D() = 0;
     virtual double wavespeed2D() = 0;
     virtual void computeStress1D(double& strain, double& strainIncrement, double& stress) = 0;

@@ -3,9 +3,10 @@
 #include "DeckParser.h"
 
 #include "ContactLine.h"
-#include "Elastic.h"
 #include "Material.h"
 #include "Node.h"
+#include "SpeedHints.h"
+#include "TriangleGeometry.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,10 +17,7 @@ namespace {
 const double pi = 3.14159265358979323846;
 }
 
-Rod2::Rod2()
-    : inertia(3, 3, storage.inertia), localBasis(3, 3, storage.localBasis), strain(6, storage.strain),
-      stress(6, storage.stress), strainIncrement(6, storage.strainIncrement),
-      localForce(3, storage.localForce) {
+Rod2::Rod2() {
     numberOfNodes = 2;
     vtkCellType = "3";
 }
@@ -155,9 +153,9 @@ void Rod2::assembleMassMatrix() {
     n1.setRayleighDamping(alpha);
     n2.setRayleighDamping(alpha);
 
+    TNT::Array2D<double> inertia(3, 3, 0.0);
     for (int r = 0; r < 3; ++r)
-        for (int s = 0; s < 3; ++s)
-            inertia[r][s] = r == s ? I : 0.0;
+        inertia[r][r] = I;
     // Each node carries the full rotational inertia of the rod.
     n1.addInertia(inertia);
     n2.addInertia(inertia);
@@ -166,16 +164,15 @@ void Rod2::assembleMassMatrix() {
 }
 
 void Rod2::setInitialConditions() {
-    getLocalBasis();
     material = material->copyMat();
-    elastic = dynamic_cast<Elastic*>(material.get());
-    material->setInitialConditions(*reinterpret_cast<const double(*)[3][3]>(storage.localBasis));
+    material->setInitialConditions(frame().basis());
+    // The laws' wave speeds are fixed once their initial conditions are set.
+    barSpeed = material->wavespeed1D();
     if (contactType == faceEdgeContact) contactLine->setInitialConditions();
 }
 
 double Rod2::checkTimestep(double dt) {
-    const double c = elastic ? elastic->wavespeed1D() : material->wavespeed1D();
-    const double criticalStep = elementLength() / c;
+    const double criticalStep = elementLength() / barSpeed;
     if (std::isnan(criticalStep)) return dt;
     return std::min(criticalStep, dt);
 }
@@ -196,19 +193,22 @@ void Rod2::updateLocalCoordinateSystem() {
     e1[0] = d[0] / L;
     e1[1] = d[1] / L;
     e1[2] = d[2] / L;
-    basisRowsCurrent = false;
     if (contactType == faceEdgeContact) contactLine->updateLocalCoordinateSystem();
 }
 
-const TNT::Array2D<double>& Rod2::getLocalBasis() const {
-    if (!basisRowsCurrent) {
-        // The third point only fixes e2 and e3, which carry no force; it is
-        // parallel to the axis for axes along (1, 1, -1).
-        const double* d = axis;
-        calculateLocalBasis(0.0, 0.0, 0.0, d[0], d[1], d[2], d[2], -d[0], d[1], localBasis);
-        basisRowsCurrent = true;
-    }
-    return localBasis;
+TriangleGeometry Rod2::frame() const {
+    // The third point only fixes e2 and e3, which carry no force; it is
+    // parallel to the axis for axes along (1, 1, -1).
+    const double* d = axis;
+    TriangleGeometry g;
+    g.update({d[0], d[1], d[2]}, {d[2], -d[0], d[1]});
+    return g;
+}
+
+std::array<std::array<double, 3>, 3> Rod2::getLocalBasis() const {
+    const TriangleGeometry g = frame();
+    const auto& e = g.basis();
+    return {{{e[0][0], e[0][1], e[0][2]}, {e[1][0], e[1][1], e[1][2]}, {e[2][0], e[2][1], e[2][2]}}};
 }
 
 void Rod2::computeStrain(double /*dt*/, int /*ip*/) {
@@ -219,10 +219,7 @@ void Rod2::computeStrain(double /*dt*/, int /*ip*/) {
 }
 
 void Rod2::computeStress(double /*dt*/, int /*ip*/) {
-    if (elastic)
-        elastic->computeStress1D(axialStrain, axialStrainIncrement, axialStress);
-    else
-        material->computeStress1D(axialStrain, axialStrainIncrement, axialStress);
+    material->computeStress1D(axialStrain, axialStrainIncrement, axialStress);
 }
 
 void Rod2::computeInternalForces(double /*dt*/, int /*ip*/) {
@@ -250,21 +247,14 @@ void Rod2::computeContactForces() {
 
 std::string Rod2::printVTK(int what, int component) {
     if ((what == vtkStrain || what == vtkStress) && component >= 0 && component < 6) {
-        syncAxialValues();
-        return formatValue(what == vtkStrain ? strain[component] : stress[component], false);
+        const double axial = what == vtkStrain ? axialStrain : axialStress;
+        return formatValue(component == 0 ? axial : 0.0, false);
     }
     return Element::printVTK(what, component);
 }
 
 void Rod2::prefetchForStep() const {
-    // Up to the flag after the axial values; the arrays after it are not
-    // read by a step.
-    prefetchBytes(this, static_cast<std::size_t>(reinterpret_cast<const char*>(&basisRowsCurrent + 1) -
-                                                 reinterpret_cast<const char*>(this)));
-    if (elastic)
-        elastic->prefetchFor1D();
-    else
-        prefetchBytes(material.get(), 256);
+    speed::prefetch(*this);
     if (node1) node1->prefetchForElements();
     if (node2) node2->prefetchForElements();
 }

@@ -10,20 +10,20 @@
 //   Step:   the critical step is L / c with c = sqrt(E/rho).
 // With CONTACT EDGE the rod creates a contact line along its axis with the
 // radius D/2.
-// The element's arrays are views of storage inside the element, so that one
-// rod's per-step data sits together in memory.
+// The rod keeps only its axial values and axis as plain members; the
+// six-component strain and stress and the frame are formed when read.
 #pragma once
 
 #include "Element.h"
 
+#include <array>
+
 class ContactLine;
-class Elastic;
+class TriangleGeometry;
 
 class Rod2 final : public Element {
 public:
     Rod2();
-    Rod2(const Rod2&) = delete;
-    Rod2& operator=(const Rod2&) = delete;
 
     // Diagnostic hook: prints the object's address.
     void parseOstrel() override;
@@ -63,41 +63,24 @@ public:
     bool isContactFactorSet() const { return contactFactorSet; }
     std::shared_ptr<Material> getMaterial() const { return material; }
     std::shared_ptr<ContactLine> getContactLine() const { return contactLine; }
-    const TNT::Array2D<double>& getInertia() const { return inertia; }
-    // The rows are completed here from the axis of the last basis update:
-    // the loop itself only needs the unit axis.
-    const TNT::Array2D<double>& getLocalBasis() const;
-    const TNT::Array1D<double>& getStrain() const {
-        syncAxialValues();
-        return strain;
-    }
-    const TNT::Array1D<double>& getStress() const {
-        syncAxialValues();
-        return stress;
-    }
+    // The frame of the last basis update: e1 the unit axis, e2 and e3 fixed by
+    // an auxiliary point (undefined for axes along (1, 1, -1)).
+    std::array<std::array<double, 3>, 3> getLocalBasis() const;
+    // (eps, 0, 0, 0, 0, 0) and (sigma, 0, 0, 0, 0, 0).
+    std::array<double, 6> getStrain() const { return {axialStrain, 0.0, 0.0, 0.0, 0.0, 0.0}; }
+    std::array<double, 6> getStress() const { return {axialStress, 0.0, 0.0, 0.0, 0.0, 0.0}; }
 
 private:
-    // Copies the axial values of the step into the six-component arrays and
-    // the local force, which are read only for output.
-    void syncAxialValues() const {
-        storage.strain[0] = axialStrain;
-        storage.stress[0] = axialStress;
-        storage.strainIncrement[0] = axialStrainIncrement;
-        storage.localForce[0] = axialForce;
-    }
+    // The frame through the origin, the axis d and the point (d3, -d1, d2).
+    TriangleGeometry frame() const;
 
     // What a step reads and writes sits together, in the order the step uses
     // it, so that one rod fills the fewest cache lines: the nodes and the
-    // material, the lengths and areas, the axis and its unit vector (row e1
-    // of the basis), and the axial force, strain and stress. Of the strain
-    // and stress arrays only the axial component ever changes; it is copied
-    // there when the arrays are read.
+    // material, the lengths and areas, the axis and its unit vector, and the
+    // axial force, strain and stress.
     Node* node1 = nullptr;
     Node* node2 = nullptr;
-    // The private material when it is the linear elastic law: its two
-    // operations of a step are then called directly, without the table of
-    // virtual functions, and inlined.
-    Elastic* elastic = nullptr;
+    std::shared_ptr<Material> material;
     double initialArea = 0.0;
     double area = 0.0;
     double initialLength = 0.0;
@@ -114,28 +97,11 @@ private:
     double axialStrainIncrement = 0.0;
     double axialForce = 0.0;
     double unitAxis[3] = {0.0, 0.0, 0.0};
+    // The material's bar wave speed.
+    double barSpeed = 0.0;
     int contactType = noContact;
-    // Mutable only so that reading the basis can complete its rows.
-    mutable bool basisRowsCurrent = true;
-
-    std::shared_ptr<Material> material;
-    struct Storage {
-        double localBasis[9];
-        double localForce[3];
-        double strain[6];
-        double stress[6];
-        double strainIncrement[6];
-        double inertia[9];
-    };
-    mutable Storage storage{};
 
     double diameter = 0.0;
-    TNT::Array2D<double> inertia;
-    mutable TNT::Array2D<double> localBasis;
-    TNT::Array1D<double> strain;
-    TNT::Array1D<double> stress;
-    TNT::Array1D<double> strainIncrement;
-    TNT::Array1D<double> localForce;
     bool diameterSet = false;
     bool materialSet = false;
     bool nodesSet = false;

@@ -385,7 +385,6 @@ std::string S3L_C0::printVTK(int what, int component) {
 
 void S3L_C0::prefetchForStep() const {
     speed::prefetch(*this);
-    speed::prefetch(points.data(), points.size() * sizeof(Point));
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
 }
