@@ -8,7 +8,6 @@
 #include "S3L_C0.h"
 
 #include <stdexcept>
-#include <type_traits>
 #include <typeinfo>
 
 std::shared_ptr<Element> ElementLibrary::getElementOstrel(std::string type) {
@@ -23,21 +22,17 @@ std::shared_ptr<Element> ElementLibrary::getElementOstrel(std::string type) {
 namespace {
 
 template <class T> void storeKind(std::vector<std::shared_ptr<Element>>& elements) {
-    if constexpr (!std::is_move_constructible_v<T>)
-        return;
-    else {
-        std::size_t count = 0;
-        for (const auto& e : elements)
-            if (typeid(*e) == typeid(T)) ++count;
-        if (count == 0) return;
-        auto block = std::make_shared<std::vector<T>>();
-        block->reserve(count);
-        for (auto& e : elements)
-            if (typeid(*e) == typeid(T)) {
-                block->push_back(std::move(static_cast<T&>(*e)));
-                e = std::shared_ptr<Element>(block, static_cast<Element*>(&block->back()));
-            }
-    }
+    std::size_t count = 0;
+    for (const auto& e : elements)
+        if (typeid(*e) == typeid(T)) ++count;
+    if (count == 0) return;
+    auto block = std::make_shared<std::vector<T>>();
+    block->reserve(count);
+    for (auto& e : elements)
+        if (typeid(*e) == typeid(T)) {
+            block->push_back(std::move(static_cast<T&>(*e)));
+            e = std::shared_ptr<Element>(block, static_cast<Element*>(&block->back()));
+        }
 }
 
 } // namespace
