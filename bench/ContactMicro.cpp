@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -42,7 +43,10 @@ std::string contactDeck(int d) {
 
 void BM_ContactTriangleSearch(benchmark::State& state) {
     const int d = static_cast<int>(state.range(0));
-    const auto dir = std::filesystem::temp_directory_path() / ("drapex_contact_micro_" + std::to_string(d));
+    // A folder of this process's own: another run of the benchmarks may be
+    // using, and removing, its own at the same time.
+    const auto dir = std::filesystem::temp_directory_path() /
+                     ("drapex_contact_micro_" + std::to_string(::getpid()) + "_" + std::to_string(d));
     std::filesystem::create_directories(dir);
     const auto deck = dir / "contact.txt";
     std::ofstream(deck) << contactDeck(d);
