@@ -1,6 +1,6 @@
 // Whole-model benchmark: builds the model of one deck exactly as the program
 // does, then times the explicit loop's increments (element pass, node update,
-// neighbour chain, force clearing and time advance) as the program runs the
+// contact search, force clearing and time advance) as the program runs the
 // increments that write no results.
 //
 //   drapex_bench DECK [--seconds S] [--increments N]

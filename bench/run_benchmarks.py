@@ -22,8 +22,8 @@ which builds the model as the program does and then times increments of the
 loop with no output written. Columns:
 
   us/el-step   processor time of one increment divided by the number of
-               elements (nodes included, and with contact the neighbour
-               chain and the contact search); the fastest of --repeat runs
+               elements (nodes included, and with contact the rebinning
+               and the contact search); the fastest of --repeat runs
                of the same increments
   us/step      processor time of one increment
   allocs/inc   heap allocations per increment (counting operator new)
