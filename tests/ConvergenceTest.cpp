@@ -18,15 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using testutil::contains;
 
-// The last result file a run wrote.
-fs::path lastResult(const fs::path& deck) {
-    const std::string stem = deck.stem().string();
-    const fs::path dir = deck.parent_path() / ("Results_" + stem);
-    int count = 0;
-    while (fs::exists(dir / (stem + "_" + std::to_string(count) + ".vtk")))
-        ++count;
-    return dir / (stem + "_" + std::to_string(count - 1) + ".vtk");
-}
+using readback::lastResult;
 
 // Settled free-edge deflection of tools/cantilever_deck.py's strip (100 x 10 x 4
 // mm, 30 N, nu = 0) on nx x ny rectangles: the mean over the edge nodes and the

@@ -155,25 +155,6 @@ TEST(DocumentBlocks, EveryBlockHasAKnownKindAndItsPartner) {
     }
 }
 
-TEST(DocumentBlocks, TheGuidesShowDecksAndMistakes) {
-    const auto cases = collectDecks();
-    auto count = [&](const std::string& document, const std::string& kind) {
-        return std::count_if(cases.begin(), cases.end(), [&](const DeckCase& c) {
-            return c.document == document && c.deck.kind == kind;
-        });
-    };
-    EXPECT_EQ(count("README.md", "deck"), 1);
-    EXPECT_GE(count("docs/deck-format.md", "deck"), 10);
-    EXPECT_GE(count("docs/deck-format.md", "deck-error"), 15);
-    EXPECT_GE(count("docs/outputs.md", "deck"), 1);
-}
-
-} // namespace
-
-namespace {
-
-// The guide shows its first deck again in lower case with other delimiters and
-// says that it runs exactly like the original: the result files agree.
 TEST(DocumentDecks, LowerCaseCopyOfTheFirstDeckGivesTheSameResults) {
     const auto blocks = docblocks::readBlocks(std::filesystem::path(DRAPEX_ROOT) / "docs/deck-format.md");
     std::map<std::string, std::string> decks;
