@@ -14,6 +14,8 @@ ContactLine::makeEdgeContact(int lineNumber, const std::string& a, const std::st
                              const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                              const std::vector<std::shared_ptr<Material>>& materials,
                              const std::vector<std::shared_ptr<Load>>& loads) {
+    // The edge is built from deck text, so the radius passes with six decimals
+    // (intended; see the user guide, "Quirks worth knowing").
     std::vector<Token> edge{Token("NODES", 0), Token(a), Token(b), Token("R", 0),
                             Token(std::to_string(radius))};
     if (factorSet) {

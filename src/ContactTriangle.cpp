@@ -14,6 +14,8 @@ ContactTriangle::makeFaceContact(const std::string& n1, const std::string& n2, c
                                  const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                                  const std::vector<std::shared_ptr<Material>>& materials,
                                  const std::vector<std::shared_ptr<Load>>& loads) {
+    // The face is built from deck text, so the thickness passes with six
+    // decimals (intended; see the user guide, "Quirks worth knowing").
     std::vector<Token> face{Token("NODES", 0), Token(n1),     Token(n2),
                             Token(n3),         Token("T", 0), Token(std::to_string(thickness))};
     if (factorSet) {

@@ -100,7 +100,8 @@ std::vector<Token> Rod2::contactLineTokens() const {
     tokens.emplace_back(std::to_string(nodes.at(0)->getNumber()));
     tokens.emplace_back(std::to_string(nodes.at(1)->getNumber()));
     tokens.emplace_back("R");
-    // The radius travels as six-decimal text: below 5e-7 it becomes 0.
+    // The radius travels as six-decimal text: below 5e-7 it becomes 0
+    // (intended; see the user guide, "Quirks worth knowing").
     tokens.emplace_back(std::to_string(diameter * 0.5));
     if (contactFactorSet) {
         tokens.emplace_back("FACTOR");
