@@ -1,5 +1,5 @@
-// Small builders shared by the contact tests: free nodes at given positions,
-// token lists from text, contact elements parsed from a line, the x-ordered
+// Small builders shared by the contact and element tests: free nodes at given
+// positions, token lists from text, elements parsed from a line, the x-ordered
 // neighbour chain the model keeps, and a check of a node's contact force.
 #pragma once
 
@@ -40,6 +40,8 @@ struct NodeSet {
     ContactSearch search;
     std::vector<std::shared_ptr<Node>> list;
     std::unordered_map<int, std::shared_ptr<Node>> map;
+    std::vector<std::shared_ptr<Material>> materials; // none unless a test adds them
+    std::vector<std::shared_ptr<Load>> loads;
 
     std::shared_ptr<Node> add(double x, double y, double z) {
         auto n = std::make_shared<Node>();
@@ -53,14 +55,12 @@ struct NodeSet {
         return n;
     }
 
-    // An element of type E parsed from a deck line on these nodes, without
-    // materials or loads; `init` also runs its set-up.
+    // An element of type E parsed from a deck line on these nodes, materials
+    // and loads; `init` also runs its set-up.
     template <class E> std::shared_ptr<E> make(const std::string& text, bool init = true, int number = 1) {
-        static const std::vector<std::shared_ptr<Material>> noMaterials;
-        static const std::vector<std::shared_ptr<Load>> noLoads;
         auto e = std::make_shared<E>();
         e->setNumber(number);
-        e->parseOstrel(tokens(text), list, map, noMaterials, noLoads);
+        e->parseOstrel(tokens(text), list, map, materials, loads);
         e->attachContactSearch(search);
         if (init) {
             e->setInitialConditions();

@@ -1,10 +1,13 @@
+// The contact triangle: gap and penalty force of a node above a shell face or
+// below a solid one, the limits of the face, its local frame, equilibrium of
+// many contacts, and the friction history. Deck-line mistakes are whole decks
+// under decks/malformed; the result cells are checked by the deck tests.
 #include "ContactTriangle.h"
 #include "ContactFixtures.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <stdexcept>
 
 using namespace contact_test;
 
@@ -20,29 +23,6 @@ struct UnitTriangle : ::testing::Test {
 
 } // namespace
 
-TEST_F(UnitTriangle, DeckLineMessagesAndOutput) {
-    const struct {
-        const char *line, *message;
-    } cases[] = {{"NODES 1 2 X", "Not enough nodes inputs for Element Contact_Triangle"},
-                 {"NODES 1 2", "Not enough nodes inputs for Element Contact_Triangle"},
-                 {"NODES 1 2 99", "Node 99 is not found"},
-                 {"NODES 1 2 3 BOGUS 4", "Input BOGUS is not recognized"},
-                 {"NODES 1 2 3 TYPE 3", "Input TYPE is not recognized"},
-                 {"NODES 1 2 3 TYPE CYLINDER", "Input CYLINDER is not recognized"},
-                 {"NODES 1 2 3 T STIFF", "Input T is not recognized"},
-                 {"NODES 1 2 3 FACTOR", "Input FACTOR is not recognized"},
-                 {"T 0.5", "Nodes are not set for element number 1"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(messageOf<std::invalid_argument>([&] { make(c.line); }), c.message) << c.line;
-
-    auto t = make("TYPE SOLID NODES 3 1 2 T 0.25 FACTOR 200 FRICTION 0.3");
-    EXPECT_EQ(t->printVTK(0, 0), "5\n");
-    EXPECT_EQ(t->printVTK(1, 0), "3\t3\t1\t2\n");
-    for (int code : {100, 200, 201})
-        EXPECT_EQ(t->printVTK(code, 3), "0.0");
-    EXPECT_EQ(t->checkTimestep(0.125), 0.125);
-}
-
 TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
     auto slave = s.add(0.25, 0.25, 0.3);
     s.rebin();
@@ -52,7 +32,6 @@ TEST_F(UnitTriangle, ShellNodeAboveGetsGapAndPenaltyForce) {
     t->computeContactForces();
     // fn = FACTOR gap / (T/2) = -4; the node is pushed out along +e3 and the
     // reaction is shared by N = (0.5, 0.25, 0.25).
-    EXPECT_NEAR(t->getTotalContactForce(), -4.0, 1e-12);
     expectForce(slave, 0, 0, 4);
     expectForce(a, 0, 0, -2);
     expectForce(b, 0, 0, -1);
@@ -71,21 +50,15 @@ TEST_F(UnitTriangle, FaceLimitsEdgesAndVertices) {
     auto far = s.add(0.25, 0.25, 0.51);
     auto outside = s.add(0.6, 0.6, 0.1); // N1 = -0.2
     auto onEdge = s.add(0.5, 0.5, 0.1);  // on edge 2-3, N1 = 0
-    auto wide = s.add(0.25, 2.25, 0.1);  // y beyond 1 + T: skipped before area coordinates
+    auto wide = s.add(0.25, 2.25, 0.1);  // y beyond 1 + T
     auto vertex = s.add(0, 0, 0.3);      // over node 1: N = (1, 0, 0)
     s.rebin();
     auto t = make("NODES 1 2 3 T 1.0 FACTOR 10");
     EXPECT_FALSE(t->checkContact(far));
     EXPECT_FALSE(t->checkContact(outside));
-    ASSERT_TRUE(t->checkContact(onEdge));
-    EXPECT_NEAR(t->getAreaCoordinates()[0], 0.0, 1e-15);
-    const double n1 = t->getAreaCoordinates()[0];
+    EXPECT_TRUE(t->checkContact(onEdge));
     EXPECT_FALSE(t->checkContact(wide));
-    EXPECT_EQ(t->getAreaCoordinates()[0], n1);
-    ASSERT_TRUE(t->checkContact(vertex));
-    EXPECT_EQ(t->getAreaCoordinates()[0], 1.0);
-    EXPECT_EQ(t->getAreaCoordinates()[1], 0.0);
-    EXPECT_EQ(t->getAreaCoordinates()[2], 0.0);
+    EXPECT_TRUE(t->checkContact(vertex));
     t->computeContactForces();
     expectForce(vertex, 0, 0, 4);
     for (const auto& n : {far, outside, wide})
@@ -208,27 +181,25 @@ struct FrictionRun {
 } // namespace
 
 TEST(ContactTriangleFriction, HalvedOnFirstSlipAndOnReversal) {
-    // SHELL, node above: fn = 10 (-0.2) / 0.5 = -4; mu |fn| = 2.
+    // SHELL, node above: fn = 10 (-0.2) / 0.5 = -4; mu |fn| = 2 against the slip.
     FrictionRun r("NODES 1 2 3 T 1.0 FACTOR 10 FRICTION 0.5", 0.3);
-    r.stepTo(0.2, 0.2); // first contact: recorded, no friction
-    expectForce(r.slave, 0, 0, 4);
-    ASSERT_EQ(r.t->getFrictionHistory().size(), 1u);
-    r.stepTo(0.3, 0.2); // first slip: half, against the slip
-    expectForce(r.slave, -1.0, 0, 4);
-    r.stepTo(0.4, 0.2); // same direction: full
-    expectForce(r.slave, -2.0, 0, 4);
-    r.stepTo(0.3, 0.2); // reversal: half
-    expectForce(r.slave, 1.0, 0, 4);
-    r.stepTo(0.2, 0.2); // continued: full
-    expectForce(r.slave, 2.0, 0, 4);
-    // A turn of exactly 90 degrees: acos(0) = 1.570796... < 1.5708, full.
-    r.stepTo(0.2, 0.3);
-    expectForce(r.slave, 0, -2.0, 4);
-    // A turn of 135 degrees: halved, against the new slip (1, -1)/sqrt(2).
-    r.stepTo(0.3, 0.2);
-    expectForce(r.slave, -1.0 / std::sqrt(2.0), 1.0 / std::sqrt(2.0), 4);
-    r.stepTo(0.3, 0.2); // no slip: no friction
-    expectForce(r.slave, 0, 0, 4);
+    const double h = 1.0 / std::sqrt(2.0);
+    const struct {
+        double x, y, fx, fy;
+    } steps[] = {{0.2, 0.2, 0, 0},  // first contact: recorded, no friction
+                 {0.3, 0.2, -1, 0}, // first slip: half
+                 {0.4, 0.2, -2, 0}, // same direction: full
+                 {0.3, 0.2, 1, 0},  // reversal: half
+                 {0.2, 0.2, 2, 0},  // continued: full
+                 {0.2, 0.3, 0, -2}, // a turn of exactly 90 degrees: acos(0) < 1.5708, full
+                 {0.3, 0.2, -h, h}, // a turn of 135 degrees: half, against (1, -1)/sqrt(2)
+                 {0.3, 0.2, 0, 0}}; // no slip: no friction
+    for (const auto& st : steps) {
+        SCOPED_TRACE(testing::Message() << st.x << " " << st.y);
+        r.stepTo(st.x, st.y);
+        expectForce(r.slave, st.fx, st.fy, 4);
+    }
+    EXPECT_EQ(r.t->getFrictionHistory().size(), 1u);
     double fx = 0; // the triangle's nodes take the reaction
     for (auto& n : r.s.list)
         fx += n->getXContactForce();

@@ -1,3 +1,8 @@
+// The two-node rod alone with the elastic law: logarithmic strain at constant
+// volume and the axial force it pulls with, rigid motion, lumped mass and
+// inertia, the bar-wave stable step, its own material copy, the edge contact
+// line it hands over and the whole step against its operations one by one.
+// Deck-line mistakes are whole decks under decks/malformed.
 #include "Rod2.h"
 #include "ContactLine.h"
 #include "Elastic.h"
@@ -8,8 +13,6 @@
 
 #include <array>
 #include <cmath>
-#include <stdexcept>
-#include <tuple>
 
 using mattest::tokens;
 
@@ -23,13 +26,13 @@ struct RodFixture {
     std::vector<std::shared_ptr<Material>> materials;
     std::vector<std::shared_ptr<Load>> loads;
 
-    // Nodes numbered 1, 2, ... (or as given) at the given places; steel with E = 2e5, rho = 8e-9.
-    explicit RodFixture(std::vector<std::array<double, 3>> places, std::vector<int> numbers = {}) {
+    // Nodes numbered 1, 2, ... at the given places; steel with E = 2e5, rho = 8e-9.
+    explicit RodFixture(std::vector<std::array<double, 3>> places) {
         addMaterial("STEEL", "E 2.0E5 NU 0.3 RHO 8.0E-9 DAMPING 4");
         for (const auto& p : places) {
             auto n = std::make_shared<Node>();
             const int k = static_cast<int>(nodes.size());
-            n->setNumber(numbers.empty() ? k + 1 : numbers[k]);
+            n->setNumber(k + 1);
             n->setXPositionOrigin(p[0]);
             n->setYPositionOrigin(p[1]);
             n->setZPositionOrigin(p[2]);
@@ -58,15 +61,6 @@ struct RodFixture {
         r->setInitialConditions();
         return r;
     }
-
-    template <class F> static std::string messageOf(F f) {
-        try {
-            f();
-        } catch (const std::invalid_argument& e) {
-            return e.what();
-        }
-        return "";
-    }
 };
 
 // Moves a node to a new place as if it had been displaced there.
@@ -90,12 +84,7 @@ void stepRod(Rod2& r) {
 TEST(Rod2Test, StretchedToElevenTenthsGivesLogStrainConstantVolumeAndPullingForces) {
     RodFixture f({{1.0, -1.0, 0.5}, {2.0, 1.0, 2.5}}); // axis along (1, 2, 2)/3, L0 = 3
     auto r = f.ready();
-    EXPECT_EQ(r->getContactType(), 300);
-    EXPECT_FALSE(r->getContactLine());
     const double A0 = pi * 0.1 * 0.1 / 4.0;
-    EXPECT_DOUBLE_EQ(r->getInitialArea(), A0);
-    EXPECT_DOUBLE_EQ(r->getInitialLength(), 3.0);
-
     place(*f.nodes[1], 1.0 + 1.1, -1.0 + 2.2, 0.5 + 2.2);
     stepRod(*r);
     EXPECT_NEAR(r->getLength(), 3.3, 1e-12);
@@ -115,8 +104,6 @@ TEST(Rod2Test, StretchedToElevenTenthsGivesLogStrainConstantVolumeAndPullingForc
         EXPECT_NEAR(f1[j], N * e1[j], 1e-9 * N);  // node 1 pulled towards node 2
         EXPECT_NEAR(f2[j], -N * e1[j], 1e-9 * N); // node 2 pulled towards node 1
         EXPECT_EQ(f1[j] + f2[j], 0.0);
-        EXPECT_EQ(f.nodes[0]->getContactForce()[j], 0.0);
-        EXPECT_EQ(f.nodes[1]->getContactForce()[j], 0.0);
     }
 }
 
@@ -178,41 +165,6 @@ TEST(Rod2Test, LumpedMassFullInertiaAndDamping) {
     EXPECT_NEAR(f.nodes[2]->getMass(), 0.5 * ms, 1e-20);
 }
 
-// Unknown material names, CONTACT types, zero area or mass and a missing
-// Young modulus are checked on whole decks.
-TEST(Rod2Test, ParseAndAssemblyMessages) {
-    RodFixture f({{0, 0, 0}, {1, 0, 0}, {1, 0, 0}});
-    const std::pair<const char*, const char*> parse[] = {
-        {"NODES 1 TWO MATERIAL STEEL", "Not enough nodes inputs for Element Rod2"},
-        {"NODES 1 7", "Node 7 is not found"},
-        {"NODES 1 2 THICKNESS 3", "Input THICKNESS is not recognized"},
-        {"NODES 1 2 D THICK", "Input D is not recognized"},
-        {"NODES 1 2 MATERIAL 3", "Input MATERIAL is not recognized"},
-        {"NODES 1 2 CONTACT 302", "Input CONTACT is not recognized"},
-        {"NODES 1 2 FACTOR HIGH", "Input FACTOR is not recognized"},
-        // Once a material is set, a later unknown name is not fatal.
-        {"MATERIAL STEEL MATERIAL WOOD NODES 1 2", ""},
-    };
-    for (const auto& c : parse)
-        EXPECT_EQ(RodFixture::messageOf([&] { f.rod(c.first); }), c.second) << c.first;
-    EXPECT_THROW(f.rod("NODES 1"), std::out_of_range);
-    EXPECT_THROW(f.rod("NODES 1 2 D"), std::out_of_range);
-    // Node numbers are truncated to integers.
-    auto r = f.rod("NODES 1.9 2.2 D 0.1 MATERIAL STEEL");
-    EXPECT_EQ(r->getNodes().at(0)->getNumber(), 1);
-    EXPECT_EQ(r->getNodes().at(1)->getNumber(), 2);
-
-    const std::tuple<const char*, int, const char*> assembly[] = {
-        {"NODES 1 2 MATERIAL STEEL", 13, "Error in rod element 13, Cross section area is zero or negative"},
-        {"NODES 2 3 MATERIAL STEEL D 0.1", 15, "Error in rod element 15. Element mass is zero or negative"},
-        {"NODES 1 2 D 0.1", 16, "Error in rod element 16. Material is not set"},
-    };
-    for (const auto& c : assembly)
-        EXPECT_EQ(RodFixture::messageOf([&] { f.rod(std::get<0>(c), std::get<1>(c))->assembleMassMatrix(); }),
-                  std::get<2>(c));
-    EXPECT_THROW(f.rod("D 0.1 MATERIAL STEEL")->assembleMassMatrix(), std::out_of_range);
-}
-
 TEST(Rod2Test, CriticalStepIsLengthOverBarWaveSpeed) {
     RodFixture f({{0, 0, 0}, {0.5, 0, 0}});
     auto r = f.ready();
@@ -241,51 +193,20 @@ TEST(Rod2Test, EachRodOwnsItsMaterialCopy) {
     auto b = f.ready("NODES 2 3 MATERIAL STEEL D 0.1", 2);
     EXPECT_NE(a->getMaterial(), f.materials[0]);
     EXPECT_NE(a->getMaterial(), b->getMaterial());
-    EXPECT_EQ(a->getMaterial()->getName(), "STEEL");
 }
 
-TEST(Rod2Test, ContactEdgeHandsRadiusAsSixDecimalText) {
+// The edge line gets the rod's nodes, half the diameter as radius and the
+// factor, both as six-decimal text (a radius below 5e-7 reads 0: a deck case).
+TEST(Rod2Test, ContactEdgeHandsItsLineRadiusAndFactorAsSixDecimalText) {
     RodFixture f({{0, 0, 0}, {1, 0, 0}});
-    auto r = f.rod("NODES 1 2 MATERIAL STEEL D 0.002 CONTACT EDGE");
-    EXPECT_EQ(r->getContactType(), 302);
+    auto r = f.rod("NODES 1 2 FACTOR 25.1234567 D 0.0123456789 MATERIAL STEEL CONTACT EDGE");
     ASSERT_TRUE(r->getContactLine());
-    EXPECT_EQ(r->getContactLine()->getNumber(), -1);
-    auto t = r->contactLineTokens();
-    ASSERT_EQ(t.size(), 5u);
-    EXPECT_EQ(t[0].getWord(), "NODES");
-    EXPECT_EQ(t[1].getNumber(), 1.0);
-    EXPECT_EQ(t[2].getNumber(), 2.0);
-    EXPECT_EQ(t[3].getWord(), "R");
-    EXPECT_EQ(t[4].getNumber(), 0.001);
-
-    t = f.rod("NODES 1 2 FACTOR 25.1234567 D 0.0123456789 MATERIAL STEEL CONTACT EDGE")->contactLineTokens();
-    ASSERT_EQ(t.size(), 7u);
-    EXPECT_EQ(t[4].getNumber(), 0.006173);
-    EXPECT_EQ(t[5].getWord(), "FACTOR");
-    EXPECT_EQ(t[6].getNumber(), 25.123457);
-
-    t = f.rod("NODES 1 2 MATERIAL STEEL D 0.0000008 CONTACT EDGE")->contactLineTokens();
-    EXPECT_EQ(t[4].getNumber(), 0.0);
-    EXPECT_TRUE(t[4].isANumber());
-}
-
-TEST(Rod2Test, PrintsForTheResultFileAndTheDiagnosticHook) {
-    RodFixture f({{0, 0, 0}, {1, 0, 0}}, {3, 1});
-    auto r = f.ready("NODES 3 1 MATERIAL STEEL D 0.1");
-    place(*f.nodes[1], 1.5, 0, 0);
-    stepRod(*r);
-    EXPECT_EQ(r->printVTK(0, 0), "3\n");
-    EXPECT_EQ(r->printVTK(1, 0), "2\t3\t1\n");
-    EXPECT_EQ(r->printVTK(100, 0), "0.405465");
-    EXPECT_EQ(r->printVTK(200, 0), "81093.021622");
-    EXPECT_EQ(r->printVTK(100, 3), "0.000000");
-    EXPECT_EQ(r->printVTK(200, 5), "0.000000");
-
-    Rod2 bare;
-    testing::internal::CaptureStdout();
-    bare.parseOstrel();
-    EXPECT_EQ(testing::internal::GetCapturedStdout().rfind(" Rod2 ->parse_Ostrel method. Adress : ", 0), 0u);
-    EXPECT_TRUE(bare.getContactLine());
+    const ContactLine& line = *r->getContactLine();
+    EXPECT_EQ(line.getNumber(), -1);
+    EXPECT_EQ(line.getNode(0), f.nodes[0]);
+    EXPECT_EQ(line.getNode(1), f.nodes[1]);
+    EXPECT_EQ(line.getRadius(), 0.006173);
+    EXPECT_EQ(line.getFactor(), 25.123457);
 }
 
 TEST(Rod2Test, WholeStepMatchesTheOperationsOneByOne) {
