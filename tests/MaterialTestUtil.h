@@ -22,12 +22,8 @@ namespace mattest {
 using testutil::tokens;
 
 inline TNT::Array2D<double> mat2(double a00, double a01, double a10, double a11) {
-    TNT::Array2D<double> m(2, 2);
-    m[0][0] = a00;
-    m[0][1] = a01;
-    m[1][0] = a10;
-    m[1][1] = a11;
-    return m;
+    double v[4] = {a00, a01, a10, a11};
+    return TNT::Array2D<double>(2, 2, v).copy();
 }
 
 inline TNT::Array2D<double> rotation(double angle) {
