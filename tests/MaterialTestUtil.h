@@ -13,7 +13,6 @@
 #include <functional>
 #include <random>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -56,19 +55,6 @@ inline TNT::Array2D<double> randomF(std::mt19937& rng) {
         const double J = F[0][0] * F[1][1] - F[0][1] * F[1][0];
         if (J > 0.4) return TNT::matmult(rotation(10.0 * u(rng)), F);
     }
-}
-
-// Message of the std::invalid_argument thrown by f, or a marker if none or
-// another exception is thrown.
-inline std::string invalidArgumentOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    } catch (...) {
-        return "<other exception>";
-    }
-    return "<no exception>";
 }
 
 // S = 2 dW/dC by central differences; W receives C as (C00, C01, C11).
