@@ -147,13 +147,11 @@ TEST(HyperelasticWaveSpeed, UsesTheSmallStrainShearModulus) {
 
 TEST(HyperelasticCopy, ACopyParsedFurtherLeavesTheOriginalsLawAlone) {
     auto original = ogden("RHO 1 TYPE OGDEN MU 0.8 ALPHA 2");
-    auto copy = std::dynamic_pointer_cast<Hyperelastic>(original->copyMat());
-    ASSERT_TRUE(copy);
+    auto copy = original->copyMat();
     ASSERT_NE(copy.get(), original.get());
     EXPECT_EQ(copy->getName(), "RUBBER");
     copy->parseOstrel(mattest::tokens("MU 3 ALPHA 4 RHO 5"));
-    copy->setInitialConditions(mattest::Frame().e);
     EXPECT_NEAR(stressOf(*original, mat2(1.5, 0, 0, 1)).stress[0], 0.8 * (2.25 - 1 / 2.25), 1e-13);
-    EXPECT_GT(stressOf(*copy, mat2(1.5, 0, 0, 1)).stress[0], 10.0);
     EXPECT_DOUBLE_EQ(original->wavespeed2D(), std::sqrt(1.5 * 1.6));
+    EXPECT_DOUBLE_EQ(copy->wavespeed2D(), std::sqrt(1.5 * (1.6 + 12.0) / 5.0));
 }
