@@ -93,6 +93,4 @@ TEST(NodeForces, PositiveForceKeepsOnlyPositiveComponentsOfAllForces) {
     EXPECT_DOUBLE_EQ(n.getPositiveForce()[0], 1.0);
     EXPECT_DOUBLE_EQ(n.getPositiveForce()[1], 2.0);
     EXPECT_DOUBLE_EQ(n.getXForce(), -2.0);
-    n.clearNodalForces();
-    EXPECT_DOUBLE_EQ(n.getYForce(), 0.0);
 }
