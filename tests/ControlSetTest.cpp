@@ -1,22 +1,21 @@
 #include "ControlSet.h"
-#include "IOFile.h"
+#include "TestUtil.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <stdexcept>
 
 namespace {
-ControlSet parsed(std::string line) {
-    IOFile::uppercase(line);
+
+ControlSet parsed(const std::string& line) {
     ControlSet c;
-    c.parseOstrel(IOFile::tokenize(line, " ,\t=[]"));
+    c.parseOstrel(testutil::tokens(line));
     return c;
 }
 
 } // namespace
 
 TEST(ControlSetParsing, PhrasesInAnyOrderAndTheLastValueWins) {
-    const ControlSet c = parsed("print every 0.5 step 1e-3 run from 0 to 2 step 2e-3 writer type vtk");
+    const ControlSet c = parsed("PRINT EVERY 0.5 STEP 1E-3 RUN FROM 0 TO 2 STEP 2E-3 WRITER TYPE VTK");
     EXPECT_DOUBLE_EQ(c.getEndTime(), 2.0);
     EXPECT_DOUBLE_EQ(c.getTimeStep(), 2e-3);
     EXPECT_DOUBLE_EQ(c.getPrintStep(), 0.5);
@@ -25,14 +24,15 @@ TEST(ControlSetParsing, PhrasesInAnyOrderAndTheLastValueWins) {
 
 TEST(PrintSchedule, FirstCallAtZeroAlwaysPrintsAndAtMostOnePrintPerCall) {
     ControlSet c = parsed("PRINT EVERY 0.1");
-    EXPECT_TRUE(c.timeToPrint(0.0));
-    EXPECT_FALSE(c.timeToPrint(0.05));
-    EXPECT_TRUE(c.timeToPrint(0.1));
-    // A step longer than the print interval: the schedule lags behind time.
-    EXPECT_TRUE(c.timeToPrint(0.45));
-    EXPECT_TRUE(c.timeToPrint(0.46));
-    EXPECT_TRUE(c.timeToPrint(0.47));
-    EXPECT_FALSE(c.timeToPrint(0.48));
+    // A step longer than the print interval (0.1 to 0.45): the schedule lags behind time.
+    for (const auto& [t, prints] : {std::pair<double, bool>{0.0, true},
+                                    {0.05, false},
+                                    {0.1, true},
+                                    {0.45, true},
+                                    {0.46, true},
+                                    {0.47, true},
+                                    {0.48, false}})
+        EXPECT_EQ(c.timeToPrint(t), prints) << t;
 }
 
 TEST(PrintSchedule, ZeroPrintStepPrintsEveryStepAndNanNever) {

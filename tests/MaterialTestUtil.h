@@ -13,7 +13,6 @@
 #include <functional>
 #include <random>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -22,12 +21,8 @@ namespace mattest {
 using testutil::tokens;
 
 inline TNT::Array2D<double> mat2(double a00, double a01, double a10, double a11) {
-    TNT::Array2D<double> m(2, 2);
-    m[0][0] = a00;
-    m[0][1] = a01;
-    m[1][0] = a10;
-    m[1][1] = a11;
-    return m;
+    double v[4] = {a00, a01, a10, a11};
+    return TNT::Array2D<double>(2, 2, v).copy();
 }
 
 inline TNT::Array2D<double> rotation(double angle) {
@@ -60,19 +55,6 @@ inline TNT::Array2D<double> randomF(std::mt19937& rng) {
         const double J = F[0][0] * F[1][1] - F[0][1] * F[1][0];
         if (J > 0.4) return TNT::matmult(rotation(10.0 * u(rng)), F);
     }
-}
-
-// Message of the std::invalid_argument thrown by f, or a marker if none or
-// another exception is thrown.
-inline std::string invalidArgumentOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const std::invalid_argument& e) {
-        return e.what();
-    } catch (...) {
-        return "<other exception>";
-    }
-    return "<no exception>";
 }
 
 // S = 2 dW/dC by central differences; W receives C as (C00, C01, C11).
