@@ -147,13 +147,11 @@ TEST_F(ShellTest, IntegrationTableIsGaussLegendreThroughTheThickness) {
     }
 }
 
-// The results cell lists the nodes in deck order; the face and edge contact
-// objects take the shell thickness and half of it as the edge radius.
-TEST_F(ShellTest, CellLineAndContactObjectsTakeTheShellNodesAndThickness) {
+// The face and edge contact objects take the shell thickness and half of it
+// as the edge radius (the rest of them is checked through the membrane).
+TEST_F(ShellTest, ContactObjectsTakeTheShellThickness) {
     tilted();
     auto shell = make("CONTACT EDGE FACTOR 7 T 0.2 MATERIAL STEEL NODES 3 1 2");
-    EXPECT_EQ(shell->printVTK(0, 0), "5\n");
-    EXPECT_EQ(shell->printVTK(1, 0), "3\t3\t1\t2\n");
     ASSERT_NE(shell->getContactTriangle(), nullptr);
     EXPECT_DOUBLE_EQ(shell->getContactTriangle()->getThickness(), 0.2);
     for (int i = 1; i <= 3; ++i)
@@ -188,7 +186,6 @@ TEST_F(ShellTest, RigidMotionGivesNoStrainAndInPlaneStretchThePlaneStressOfTheLa
         EXPECT_NEAR(sig[4], 0.0, 1e-9);
         EXPECT_NEAR(sig[5], 0.0, 1e-9);
     }
-    EXPECT_EQ(shell->printVTK(100, 0), "0.010000"); // accumulated a dt at the first point
 }
 
 TEST_F(ShellTest, RotationRateFieldsGiveCurvatureShearAndStrainLinearInZ) {
