@@ -228,10 +228,10 @@ void S3L_C0::computeStrain(double dt, int ip) {
 }
 
 S3L_C0::Point& S3L_C0::point(int ip) {
-    const int n = static_cast<int>(points.size());
+    const int n = pointCount;
     if (ip < 0 || ip >= n)
         throw std::out_of_range("Integration point " + std::to_string(ip) + " of " + std::to_string(n));
-    return points[static_cast<std::size_t>(ip)];
+    return points[ip];
 }
 
 void S3L_C0::computeStress(double, int ip) {
@@ -316,10 +316,13 @@ void S3L_C0::assembleMassMatrix() {
 }
 
 void S3L_C0::setUpIntegration() {
-    // Other counts than 1 to 5 leave zero positions and weights: those points
-    // carry nothing.
-    points.assign(static_cast<std::size_t>(numberOfIntegrationPoints > 0 ? numberOfIntegrationPoints : 0),
-                  Point());
+    // Counts above 5 have no table: their points lie at the mid-surface with
+    // zero weight, alike in every step, and carry nothing; one such point
+    // stands for them all. A count below 1 has no point.
+    const int nip = numberOfIntegrationPoints;
+    pointCount = nip > maxPoints ? 1 : nip > 0 ? nip : 0;
+    for (Point& p : points)
+        p = Point();
     const double h = 0.5 * thickness;
     auto fill = [&](std::initializer_list<double> xi, std::initializer_list<double> w) {
         std::size_t i = 0;
@@ -378,13 +381,16 @@ double S3L_C0::checkTimestep(double dt) {
 
 std::string S3L_C0::printVTK(int what, int component) {
     if (what != vtkStrain && what != vtkStress) return Element::printVTK(what, component);
-    if (points.empty() || component < 0 || component > 5) return "0.0";
-    const Point& p = points.front();
+    if (pointCount == 0 || component < 0 || component > 5) return "0.0";
+    const Point& p = points[0];
     return formatValue(what == vtkStrain ? p.accumulatedStrain[component] : p.stress[component], true);
 }
 
 void S3L_C0::prefetchForStep() const {
-    speed::prefetch(*this);
+    // The element up to its last integration point in use: the unused points
+    // at the end of the object are not read.
+    speed::prefetch(this, static_cast<std::size_t>(reinterpret_cast<const char*>(points + pointCount) -
+                                                   reinterpret_cast<const char*>(this)));
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
 }

@@ -27,9 +27,8 @@
 //
 // The element owns its state as plain arrays: the frame, the matrices, the
 // rates and one Point (z, weight, strain increment, stress, accumulated
-// strain) per integration point. NIP may ask for up to 100 points, so the
-// points live in a vector sized once by the initial conditions; copies are
-// member-wise.
+// strain) per integration point, in a fixed array inside the element, so
+// that a block of shells holds all their state; copies are member-wise.
 #pragma once
 
 #include "Element.h"
@@ -66,7 +65,7 @@ public:
     void setInitialConditions() override;
     double checkTimestep(double dt) override;
     void updateLocalCoordinateSystem() override;
-    int getNumberOfIntegrationPoints() override { return numberOfIntegrationPoints; }
+    int getNumberOfIntegrationPoints() override { return pointCount; }
     void computeStrain(double dt, int ip) override;
     void computeStress(double dt, int ip) override;
     void computeInternalForces(double dt, int ip) override;
@@ -88,7 +87,14 @@ public:
     double getLocalX3() const { return localX3; }
     double getLocalY3() const { return localY3; }
     const double (&getLocalBasis() const)[3][3] { return geometry.basis(); }
-    const std::vector<Point>& getPoints() const { return points; }
+    // The integration points in use (see setUpIntegration).
+    struct PointList {
+        const Point* first;
+        std::size_t count;
+        std::size_t size() const { return count; }
+        const Point& operator[](std::size_t i) const { return first[i]; }
+    };
+    PointList getPoints() const { return {points, static_cast<std::size_t>(pointCount)}; }
     const double (&getMembraneMatrix() const)[3][6] { return membraneMatrix; }
     const double (&getBendingMatrix() const)[3][6] { return bendingMatrix; }
     const double (&getShearMatrix() const)[2][6] { return shearMatrix; }
@@ -121,8 +127,9 @@ private:
     // Set once the rates of the current configuration are known; cleared by a
     // basis update so that every step recomputes them once.
     bool ratesCurrent = false;
-    int numberOfIntegrationPoints = 3;
-    std::vector<Point> points;
+    int numberOfIntegrationPoints = 3; // NIP as the deck gives it
+    static constexpr int maxPoints = 5;
+    int pointCount = 0;
 
     TriangleGeometry geometry;
     // Node coordinates in the element plane: (0,0), (x2,0), (x3,y3).
@@ -138,4 +145,6 @@ private:
     double localRotationRate[9] = {};
     // Rotation rates less the rigid rotation: (th1x', th1y', th2x', th2y', th3x', th3y').
     double deformationRotationRate[6] = {};
+    // Last, so that the step's hint can stop at the last point in use.
+    Point points[maxPoints];
 };
