@@ -72,7 +72,7 @@ void BM_NodeUpdate(benchmark::State& state) {
 void BM_NodeUpdateWithConstraint(benchmark::State& state) {
     nodeUpdate(state, Attached::constraint);
 }
-// getLoad and getAcc return new arrays: two allocations each.
+// A load's forces and accelerations, returned by value each update.
 void BM_NodeUpdateWithLoad(benchmark::State& state) {
     nodeUpdate(state, Attached::load);
 }

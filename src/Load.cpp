@@ -6,8 +6,6 @@
 
 #include <stdexcept>
 
-Load::Load() : loadVector(6, 0.0), accVector(6, 0.0) {}
-
 void Load::parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Amplitude>>& amplitudes) {
     static const char* const loadKeys[6] = {"FX", "FY", "FZ", "MX", "MY", "MZ"};
     static const char* const accKeys[6] = {"AX", "AY", "AZ", "ARX", "ARY", "ARZ"};
@@ -47,17 +45,17 @@ double Load::factor(double time) {
     return hasAmplitude ? amplitude->at(time) : 1.0;
 }
 
-TNT::Array1D<double> Load::getLoad(double time) {
+std::array<double, 6> Load::getLoad(double time) {
     const double f = factor(time);
-    TNT::Array1D<double> out(6);
+    std::array<double, 6> out;
     for (int i = 0; i < 6; ++i)
         out[i] = loadVector[i] * f;
     return out;
 }
 
-TNT::Array1D<double> Load::getAcc(double time) {
+std::array<double, 6> Load::getAcc(double time) {
     const double f = factor(time);
-    TNT::Array1D<double> out(6);
+    std::array<double, 6> out;
     for (int i = 0; i < 6; ++i)
         out[i] = accVector[i] * f;
     return out;

@@ -5,6 +5,7 @@
 #include "TntExtras.h"
 #include "Token.h"
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,14 +14,13 @@ class Amplitude;
 
 class Load {
 public:
-    Load();
-
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Amplitude>>& amplitudes);
     void setInitialConditions() {}
 
-    // Each call returns a new array: the stored vectors are never changed.
-    TNT::Array1D<double> getLoad(double time);
-    TNT::Array1D<double> getAcc(double time);
+    // The nodal forces and moments, and the accelerations, at a time (by
+    // value: nothing is allocated, the stored vectors never change).
+    std::array<double, 6> getLoad(double time);
+    std::array<double, 6> getAcc(double time);
     double getPressure(double time);
 
     std::string getType() const { return type; }
@@ -34,8 +34,8 @@ private:
     std::string type;
     std::string name;
     double pressure = 0.0;
-    TNT::Array1D<double> loadVector;
-    TNT::Array1D<double> accVector;
+    double loadVector[6] = {};
+    double accVector[6] = {};
     std::shared_ptr<Amplitude> amplitude;
     bool pressureSet = false;
     bool loadSet[6] = {false, false, false, false, false, false};

@@ -166,10 +166,9 @@ void Node::computeNewPosition(double dt, double t) {
     write(s.previousInternalForce, fInt);
 
     if (load) {
-        const TNT::Array1D<double> l = load->getLoad(t);
-        if (l.dim1() == 6)
-            for (int i = 0; i < 6; ++i)
-                pass.force[i] += l[i];
+        const std::array<double, 6> l = load->getLoad(t);
+        for (int i = 0; i < 6; ++i)
+            pass.force[i] += l[i];
     }
     const double* F = pass.force;
 
@@ -196,13 +195,8 @@ void Node::computeNewPosition(double dt, double t) {
     a.hi = Lanes2{K[3] * M0 + K[4] * M1 + K[5] * M2, K[6] * M0 + K[7] * M1 + K[8] * M2};
 
     if (load) {
-        const TNT::Array1D<double> acc = load->getAcc(t);
-        if (acc.dim1() == 6) {
-            double extra[6];
-            for (int i = 0; i < 6; ++i)
-                extra[i] = acc[i];
-            a = a + read(extra);
-        }
+        const std::array<double, 6> acc = load->getAcc(t);
+        a = a + read(acc.data());
     }
     write(s.acceleration, a);
     if (constraint) {
