@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <sstream>
 #include <stdexcept>
@@ -388,7 +389,13 @@ std::string S3L_C0::printVTK(int what, int component) {
 
 void S3L_C0::prefetchForStep() const {
     // The element up to its last integration point in use: the unused points
-    // at the end of the object are not read.
+    // at the end of the object are not read. That needs the points last,
+    // which the build checks.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+    static_assert(offsetof(S3L_C0, points) + sizeof(points) + alignof(S3L_C0) > sizeof(S3L_C0),
+                  "the integration points must be the shell's last member");
+#pragma GCC diagnostic pop
     speed::prefetch(this, static_cast<std::size_t>(reinterpret_cast<const char*>(points + pointCount) -
                                                    reinterpret_cast<const char*>(this)));
     for (const Node* n : nodePointers)
