@@ -45,20 +45,14 @@ double Load::factor(double time) {
     return hasAmplitude ? amplitude->at(time) : 1.0;
 }
 
-std::array<double, 6> Load::getLoad(double time) {
+Load::Values Load::at(double time) {
     const double f = factor(time);
-    std::array<double, 6> out;
-    for (int i = 0; i < 6; ++i)
-        out[i] = loadVector[i] * f;
-    return out;
-}
-
-std::array<double, 6> Load::getAcc(double time) {
-    const double f = factor(time);
-    std::array<double, 6> out;
-    for (int i = 0; i < 6; ++i)
-        out[i] = accVector[i] * f;
-    return out;
+    Values v;
+    for (int i = 0; i < 6; ++i) {
+        v.force[i] = loadVector[i] * f;
+        v.acceleration[i] = accVector[i] * f;
+    }
+    return v;
 }
 
 double Load::getPressure(double time) {

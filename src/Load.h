@@ -17,10 +17,14 @@ public:
     void parseOstrel(std::vector<Token> tokens, const std::vector<std::shared_ptr<Amplitude>>& amplitudes);
     void setInitialConditions() {}
 
-    // The nodal forces and moments, and the accelerations, at a time (by
-    // value: nothing is allocated, the stored vectors never change).
-    std::array<double, 6> getLoad(double time);
-    std::array<double, 6> getAcc(double time);
+    // The nodal forces and moments, and the accelerations, at a time: the
+    // amplitude is evaluated once for both (by value: nothing is allocated,
+    // the stored vectors never change).
+    struct Values {
+        std::array<double, 6> force;
+        std::array<double, 6> acceleration;
+    };
+    Values at(double time);
     double getPressure(double time);
 
     std::string getType() const { return type; }

@@ -165,10 +165,11 @@ void Node::computeNewPosition(double dt, double t) {
     write(s.previousExternalForce, fExt);
     write(s.previousInternalForce, fInt);
 
+    Load::Values loaded; // read only when there is a load
     if (load) {
-        const std::array<double, 6> l = load->getLoad(t);
+        loaded = load->at(t);
         for (int i = 0; i < 6; ++i)
-            pass.force[i] += l[i];
+            pass.force[i] += loaded.force[i];
     }
     const double* F = pass.force;
 
@@ -194,10 +195,7 @@ void Node::computeNewPosition(double dt, double t) {
     a.lo = Lanes4{translation[0], translation[1], translation[2], K[0] * M0 + K[1] * M1 + K[2] * M2};
     a.hi = Lanes2{K[3] * M0 + K[4] * M1 + K[5] * M2, K[6] * M0 + K[7] * M1 + K[8] * M2};
 
-    if (load) {
-        const std::array<double, 6> acc = load->getAcc(t);
-        a = a + read(acc.data());
-    }
+    if (load) a = a + read(loaded.acceleration.data());
     write(s.acceleration, a);
     if (constraint) {
         constraint->applyAccelerationConditions(this, t);
