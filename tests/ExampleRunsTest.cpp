@@ -11,7 +11,6 @@
 #include <array>
 #include <cmath>
 #include <map>
-#include <regex>
 #include <sstream>
 
 using namespace testutil;
@@ -29,8 +28,7 @@ const double pi = 3.14159265358979323846;
 fs::path runExample(const std::string& name, const std::string& end = "") {
     std::string text = readFile(fs::path(DRAPEX_ROOT) / "examples" / name / (name + ".txt"));
     EXPECT_FALSE(text.empty());
-    if (!end.empty())
-        text = std::regex_replace(text, std::regex("RUN FROM ([0-9.]+) TO [^\n]*"), "RUN FROM $1 TO " + end);
+    if (!end.empty()) text = withEndTime(text, end);
     fs::path deck;
     const RunResult run = runDeck(name, text, &deck);
     EXPECT_TRUE(contains(run.out, "Solving took")) << run.err;

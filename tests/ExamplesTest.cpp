@@ -34,13 +34,6 @@ const std::map<std::string, std::string> shortenedEndTime = {{"cantilever", "0.0
                                                              {"bias_extension", "0.1"},
                                                              {"ogden_inflation", "0.02"}};
 
-std::string withEndTime(const std::string& deck, const std::string& endTime) {
-    const std::regex run(R"((RUN\s+FROM\s+\S+\s+TO\s+)\S+)", std::regex::icase);
-    std::smatch m;
-    if (!std::regex_search(deck, m, run)) return deck;
-    return m.prefix().str() + m[1].str() + endTime + m.suffix().str();
-}
-
 class Example : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(Example, RunsToTheEnd) {

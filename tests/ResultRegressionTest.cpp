@@ -53,16 +53,6 @@ std::vector<RegressionCase> loadCases() {
     return cases;
 }
 
-// Replaces the end time of the deck's "RUN FROM a TO b" line.
-std::string withEndTime(const std::string& deck, const std::string& endTime) {
-    if (endTime == "-") return deck;
-    static const std::regex run(R"((RUN\s+FROM\s+\S+\s+TO\s+)(\S+))", std::regex::icase);
-    std::smatch m;
-    if (!std::regex_search(deck, m, run)) return deck;
-    const auto at = static_cast<std::size_t>(m.position(2));
-    return deck.substr(0, at) + endTime + deck.substr(at + static_cast<std::size_t>(m.length(2)));
-}
-
 // Result files of a run, by file name: the VTK files and the tracker CSVs.
 std::map<std::string, fs::path> resultFiles(const fs::path& deck) {
     std::map<std::string, fs::path> files;

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <initializer_list>
 #include <memory>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -121,6 +122,17 @@ inline RunResult runDeck(const std::string& name, const std::string& deckText, f
     const fs::path deck = writeFile(dir / (name + ".txt"), deckText);
     if (deckOut) *deckOut = deck;
     return runDrapex(deck);
+}
+
+// The deck with the end time of its "RUN FROM a TO b" phrase (any case, any
+// blanks) replaced; "-" or a deck without the phrase is returned as it is.
+inline std::string withEndTime(const std::string& deck, const std::string& endTime) {
+    if (endTime == "-") return deck;
+    static const std::regex run(R"((RUN\s+FROM\s+\S+\s+TO\s+)(\S+))", std::regex::icase);
+    std::smatch m;
+    if (!std::regex_search(deck, m, run)) return deck;
+    const auto at = static_cast<std::size_t>(m.position(2));
+    return deck.substr(0, at) + endTime + deck.substr(at + static_cast<std::size_t>(m.length(2)));
 }
 
 inline bool contains(const std::string& text, const std::string& part) {
