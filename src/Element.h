@@ -67,6 +67,9 @@ public:
     // element (nothing for an element without contact); called once, in
     // element order, before the initial conditions.
     virtual void attachContactSearch(ContactSearch& /*search*/) {}
+    // The contact surface whose facet this element's face is (SURFACE on its
+    // line), or nothing.
+    virtual std::string getSurfaceName() const { return {}; }
     // One element's share of an increment, in the loop's order: basis
     // update; strain then stress at every integration point; forces at
     // every point; external and contact forces; and, with an automatic

@@ -58,6 +58,7 @@ public:
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
     void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }
+    std::string getSurfaceName() const override { return contact.getSurfaceName(); }
 
     // Area, frame and Jacobian of the current triangle.
     void computeJacobian();

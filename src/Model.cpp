@@ -3,7 +3,9 @@
 #include "Amplitude.h"
 #include "Constraint.h"
 #include "ContactSearch.h"
+#include "ContactSurface.h"
 #include "ControlSet.h"
+#include "DeckParser.h"
 #include "Element.h"
 #include "ElementLibrary.h"
 #include "Load.h"
@@ -82,6 +84,7 @@ void Model::initialize() {
         numberOfTrackers = reader->numberOfTrackers();
         numberOfLoads = reader->numberOfLoads();
         numberOfAmplitudes = reader->numberOfAmplitudes();
+        numberOfContactSurfaces = reader->numberOfContactSurfaces();
 
         reader->rewindFile();
         for (int i = 0; i < numberOfControls; ++i)
@@ -98,6 +101,16 @@ void Model::initialize() {
         reader->rewindFile();
         for (int i = 0; i < numberOfMaterials; ++i)
             materials.push_back(reader->getNextMaterial());
+        reader->rewindFile();
+        for (int i = 0; i < numberOfContactSurfaces; ++i) {
+            surfaces.push_back(reader->getNextContactSurface());
+            for (std::size_t k = 0; k + 1 < surfaces.size(); ++k)
+                if (surfaces[k]->getName() == surfaces.back()->getName())
+                    throw std::invalid_argument("Contact surface " + surfaces.back()->getName() +
+                                                " is defined twice: at line " +
+                                                std::to_string(surfaces[k]->getLine()) + " and at line " +
+                                                std::to_string(surfaces.back()->getLine()));
+        }
         reader->rewindFile();
         nodes.reserve(numberOfNodes);
         // The nodes live side by side in one block, in deck order, so that the
@@ -122,6 +135,21 @@ void Model::initialize() {
         elements.reserve(numberOfElements);
         for (int i = 0; i < numberOfElements; ++i) {
             auto e = reader->getNextElement(nodes, nodeMap, materials, loads);
+            const std::string surface = e->getSurfaceName();
+            if (!surface.empty()) {
+                std::shared_ptr<ContactSurface> found;
+                for (const auto& s : surfaces)
+                    if (s->getName() == surface) found = s;
+                if (!found) {
+                    try {
+                        throw DeckParser::notFound("Contact surface", surface);
+                    } catch (const std::exception&) {
+                        std::throw_with_nested(
+                            std::runtime_error("At line " + std::to_string(reader->getCurrentLine())));
+                    }
+                }
+                found->addFacet(*e);
+            }
             elements.push_back(e);
         }
         ElementLibrary::storeByKind(elements);
@@ -221,6 +249,8 @@ void Model::setInitialConditions() {
         contactSearch = std::make_unique<ContactSearch>();
         for (auto& e : elements)
             e->attachContactSearch(*contactSearch);
+        for (auto& s : surfaces)
+            s->attachContactSearch(*contactSearch);
         for (auto& e : elements)
             e->setInitialConditions();
         if (contactSearch->isUsed()) contactSearch->update(nodes);
@@ -247,6 +277,7 @@ void Model::setInitialConditions() {
         }
 
         checkNodeNumbering();
+        setUpContactSurfaces();
         writer->initializeWriter(nodes, elements);
         for (auto& t : trackers) {
             t->initializeTracker();
@@ -263,6 +294,23 @@ void Model::setInitialConditions() {
     } catch (const std::exception& e) {
         logger->writeError(failureText(e), "setInitialConditions() method");
         std::throw_with_nested(std::runtime_error(" --> Initial conditions method"));
+    }
+}
+
+void Model::setUpContactSurfaces() {
+    if (surfaces.empty()) return;
+    std::vector<char> onRigidBody(nodes.size(), 0);
+    logger->writeList("Contact surfaces: " + std::to_string(surfaces.size()), 0);
+    for (auto& s : surfaces) {
+        try {
+            s->setInitialConditions(nodes, nodeMap, elementMap, onRigidBody);
+        } catch (const std::exception&) {
+            std::throw_with_nested(std::runtime_error("At line " + std::to_string(s->getLine())));
+        }
+        logger->writeList(s->getName() + ": " + std::to_string(s->getNumberOfFacets()) + " facets, " +
+                              (s->getKind() == ContactSurface::Kind::Solid ? "SOLID" : "SHELL") +
+                              ", acts on " + std::to_string(s->getNumberOfActingNodes()) + " nodes",
+                          1);
     }
 }
 
@@ -296,6 +344,9 @@ void Model::step(double& candidateStep, bool clearForces) {
         if (i + elementsAhead < elementCount) elements[i + elementsAhead]->prefetchForStep();
         elements[i]->runStep(dt, currentTime, automaticTimeStep, candidateStep);
     }
+    // Named contact surfaces push each node once, after the elements' own contact.
+    for (auto& s : surfaces)
+        s->computeContactForces(dt);
     internalEnergy = 0.0;
     kineticEnergy = 0.0;
     // Nodes lie in memory in deck order but are updated in x order; loading a

@@ -28,6 +28,7 @@ public:
     std::shared_ptr<Tracker>
     getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
                    const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) override;
+    std::shared_ptr<ContactSurface> getNextContactSurface() override;
     void getControlSet(std::unique_ptr<ControlSet>& controlSet) override;
     std::shared_ptr<Writer> getWriter() override { return nullptr; }
     int numberOfNodes() override { return componentCounter("NODES"); }
@@ -38,6 +39,7 @@ public:
     int numberOfTrackers() override { return componentCounter("TRACKERS"); }
     int numberOfLoads() override { return componentCounter("LOADS"); }
     int numberOfAmplitudes() override { return componentCounter("AMPLITUDES"); }
+    int numberOfContactSurfaces() override { return componentCounter("CONTACT_SURFACES"); }
 
     int componentCounter(const std::string& keyword);
 

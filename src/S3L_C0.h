@@ -75,6 +75,7 @@ public:
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
     void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }
+    std::string getSurfaceName() const override { return contact.getSurfaceName(); }
     void runStep(double dt, double time, bool automaticStep, double& candidateStep) override;
 
     // Reads the nodes' positions and velocities into the local frame, refreshes A.
