@@ -94,3 +94,15 @@ TEST(HotPathAllocation, LoadedNodeAllocatesNothing) {
         allocationsPerIncrement("alloc_loaded", shellPair("LOADS\nTIP FZ -1 AMPLITUDE RAMP\n", "LOAD TIP")),
         0.0);
 }
+
+TEST(HotPathAllocation, ContactSurfaceAllocatesNothing) {
+    // The membranes' free corner is within reach of a fixed facet below it,
+    // with friction, so nodes are pushed and their stick forces carried.
+    const std::string deck =
+        membranePair("HYPERTEXTILE\nSHEET RHO 1E-9 KELONGWARP 100 10 KELONGWEFT 100 KSHEAR 0.1 "
+                     "WARPORI 1 0 0 WEFTORI 0 1 0") +
+        "CONTACT_SURFACES\nTOOL TYPE SHELL T 2 PENALTY 0.1 FRICTION 0.3\nNODES\n"
+        "5 X -5 Y -5 Z -0.5 CONSTRAINT CLAMP\n6 X 20 Y -5 Z -0.5 CONSTRAINT CLAMP\n"
+        "7 X 20 Y 20 Z -0.5 CONSTRAINT CLAMP\nELEMENTS TYPE CONTACT_FACET\n3 NODES 5 6 7 SURFACE TOOL\n";
+    EXPECT_EQ(allocationsPerIncrement("alloc_surface", deck), 0.0);
+}
