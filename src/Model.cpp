@@ -11,6 +11,7 @@
 #include "Load.h"
 #include "Logger.h"
 #include "LoggerLibrary.h"
+#include "MassScaling.h"
 #include "Material.h"
 #include "Node.h"
 #include "Reader.h"
@@ -257,6 +258,10 @@ void Model::setInitialConditions() {
         for (auto& c : constraints)
             c->setInitialConditions();
         controlSet->setInitialConditions();
+        // MASS SCALING adds mass where an element's stable step is below the
+        // target, before the step is taken; its log section comes last.
+        MassScaling massScaling(controlSet->getMassScalingTarget());
+        massScaling.apply(elements, nodes);
 
         if (controlSet->getTimeStep() == 0.0) {
             automaticTimeStep = true;
@@ -291,6 +296,7 @@ void Model::setInitialConditions() {
         logger->writeList("Ouput type: " + writer->getType(), 0);
         logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
         logger->newLine();
+        massScaling.writeLog(*logger);
     } catch (const std::exception& e) {
         logger->writeError(failureText(e), "setInitialConditions() method");
         std::throw_with_nested(std::runtime_error(" --> Initial conditions method"));
