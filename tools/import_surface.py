@@ -507,6 +507,10 @@ def write_atomically(path, text):
     try:
         with os.fdopen(handle, "w") as out:
             out.write(text)
+        # mkstemp makes the file private; give it the permissions a plain open() would
+        umask = os.umask(0)
+        os.umask(umask)
+        os.chmod(temporary, 0o666 & ~umask)
         os.replace(temporary, path)
     except BaseException:
         if os.path.exists(temporary):

@@ -281,8 +281,12 @@ class HemisphereDeck(unittest.TestCase):
                 radial = np.array([middle[0], middle[1], 0.0]) / math.hypot(middle[0], middle[1])
                 if name == "DIE":
                     self.assertTrue(n[2] > 0.5 or np.dot(n, radial) < -0.5, (name, ids, n))
+                elif name == "PUNCH":  # out of the sphere, whose centre is the reference node
+                    out = middle - np.array(nodes[reference])
+                    self.assertGreater(np.dot(n, out / np.linalg.norm(out)), 0.99, (name, ids, n))
+                    self.assertLess(n[2], 0.0)
                 else:
-                    self.assertLess(n[2], -0.1 if name == "PUNCH" else -0.99, (name, ids, n))
+                    self.assertLess(n[2], -0.99, (name, ids, n))
         punch_z = [nodes[i][2] for i in bodies["PUNCH"][1]]
         self.assertGreater(min(punch_z), 0.0)  # the punch starts above the blank
 
