@@ -1,5 +1,7 @@
 // Entry point: prints the banner, takes the deck path from the first argument
 // or the console, checks it and runs the model. The exit status is always 0.
+// A first argument of exactly --help or --version prints the usage or the
+// version instead and runs nothing; any other argument is a deck path.
 #include "Model.h"
 #include "Version.h"
 
@@ -40,9 +42,50 @@ void printBanner() {
     std::cout << rule << std::endl;
     std::cout << blank << std::endl;
 }
+std::string versionText() {
+    return "v" + std::to_string(version_major_drapex_) + "." + std::to_string(version_minor_drapex_) + "." +
+           std::to_string(version_patch_drapex_);
+}
+
+void printUsage() {
+    std::cout << "Usage: drapex DECK.txt\n"
+                 "       drapex --help | --version\n"
+                 "\n"
+                 "Drapex is an explicit finite-element solver for composite forming: the draping\n"
+                 "of textile reinforcements, membranes and thin shells under prescribed motion,\n"
+                 "loads and contact. It reads one input deck (a .txt file of blocks: nodes,\n"
+                 "elements, materials, constraints, loads, amplitudes, trackers and controls)\n"
+                 "and integrates it in time with central differences.\n"
+                 "\n"
+                 "A run of path/to/job.txt writes:\n"
+                 "  path/to/job.md                     the job log (Markdown), echoed on the console\n"
+                 "  path/to/Results_job/job_N.vtk      one legacy VTK result file per print, N = 0, 1, ...\n"
+                 "  path/to/Results_job/job.vtk.series the result files with their model times,\n"
+                 "                                     for ParaView\n"
+                 "  path/to/<TRACKER>.csv              one history per tracker of the deck\n"
+                 "Errors go to the standard error; the exit status is always 0. Without an\n"
+                 "argument drapex asks for the deck's name.\n"
+                 "\n"
+                 "Options:\n"
+                 "  --help     print this text and exit\n"
+                 "  --version  print the version and exit\n"
+                 "\n"
+                 "The guide is in the docs folder of the Drapex sources: docs/deck-format.md\n"
+                 "(writing a deck) and docs/outputs.md (reading the results).\n";
+    if (!drapex_path_.empty()) std::cout << "This build's sources: " << drapex_path_ << "/docs\n";
+    std::cout << std::flush;
+}
 } // namespace
 
 int main(int argc, char* argv[]) {
+    if (argc > 1 && std::string(argv[1]) == "--help") {
+        printUsage();
+        return 0;
+    }
+    if (argc > 1 && std::string(argv[1]) == "--version") {
+        std::cout << "Drapex " << versionText() << " (" << build_type_ << " build)" << std::endl;
+        return 0;
+    }
     printBanner();
 
     std::string deck;

@@ -70,6 +70,14 @@ public:
     // The contact surface whose facet this element's face is (SURFACE on its
     // line), or nothing.
     virtual std::string getSurfaceName() const { return {}; }
+    // The current warp and weft directions of a fabric element as unit
+    // vectors in global axes, for the result files: the initial yarn
+    // directions carried by the deformation gradient of the last strain
+    // update. Zero vectors for an element without yarns.
+    virtual void yarnDirections(double (&warp)[3], double (&weft)[3]) const {
+        for (int k = 0; k < 3; ++k)
+            warp[k] = weft[k] = 0.0;
+    }
     // One element's share of an increment, in the loop's order: basis
     // update; strain then stress at every integration point; forces at
     // every point; external and contact forces; and, with an automatic

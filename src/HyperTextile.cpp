@@ -171,3 +171,11 @@ void HyperTextile::computeStress2D(const double (&F)[2][2], double (&strain)[6],
 std::shared_ptr<Material> HyperTextile::copyMat() {
     return std::make_shared<HyperTextile>(*this);
 }
+
+bool HyperTextile::initialYarnDirections(double (&warp)[2], double (&weft)[2]) const {
+    warp[0] = a0;
+    warp[1] = a1;
+    weft[0] = b0;
+    weft[1] = b1;
+    return true;
+}

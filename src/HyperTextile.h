@@ -33,6 +33,8 @@ public:
     void computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
                          const double (&basis)[3][3]) override;
     std::shared_ptr<Material> copyMat() override;
+    // a and b as projected by setInitialConditions.
+    bool initialYarnDirections(double (&warp)[2], double (&weft)[2]) const override;
 
     const std::vector<double>& getKElongWarp() const { return kElongWarp; }
     const std::vector<double>& getKElongWeft() const { return kElongWeft; }

@@ -25,6 +25,10 @@ public:
     virtual void computeStress2D(const double (&F)[2][2], double (&strain)[6], double (&stress)[6],
                                  const double (&basis)[3][3]) = 0;
     virtual std::shared_ptr<Material> copyMat() = 0;
+    // The yarn directions of a fabric law in the element plane, as unit
+    // vectors of the initial frame (components along e1 and e2); false for
+    // a law without yarns.
+    virtual bool initialYarnDirections(double (&/*warp*/)[2], double (&/*weft*/)[2]) const { return false; }
 
     std::string getName() const { return name; }
     const std::string& nameRef() const { return name; }

@@ -60,6 +60,9 @@ public:
     void prefetchForStep() const override;
     void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }
     std::string getSurfaceName() const override { return contact.getSurfaceName(); }
+    // F a and F b of the last strain update, in the frame of that update,
+    // turned to global axes and normalised (zero without a fabric law).
+    void yarnDirections(double (&warp)[3], double (&weft)[3]) const override;
 
     // Area, frame and Jacobian of the current triangle.
     void computeJacobian();

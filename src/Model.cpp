@@ -284,6 +284,8 @@ void Model::setInitialConditions() {
         checkNodeNumbering();
         setUpContactSurfaces();
         writer->initializeWriter(nodes, elements);
+        // Each print reports the model time it is written at (the series file).
+        writer->setClock(currentTime);
         for (auto& t : trackers) {
             t->initializeTracker();
             if (!t->isWritable())

@@ -4,7 +4,9 @@
 #include "Node.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <stdexcept>
+#include <system_error>
 
 VtkWriter::VtkWriter() {
     type = "VTK";
@@ -27,6 +29,11 @@ void VtkWriter::initializeWriter(std::vector<std::shared_ptr<Node>>& modelNodes,
                   return a->getNumber() < b->getNumber();
               });
     printNumber = 0;
+    series.clear();
+    // The list of an earlier run would name files this run has not written
+    // (yet); it goes, and the first print writes a new one.
+    std::error_code ignored;
+    std::filesystem::remove(seriesFile(), ignored);
 }
 
 std::filesystem::path VtkWriter::nextFile() const {
@@ -88,10 +95,95 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         }
         if (count % 6 != 0) file << "\n";
     }
+
+    // Appended after the twelve scalars: the yarn directions per cell, then
+    // the nodal vectors (point 0, on no node, gets zeros).
+    double warp[3], weft[3];
+    file << "VECTORS WARP double\n";
+    for (const auto& e : elements) {
+        e->yarnDirections(warp, weft);
+        writeVector(warp[0], warp[1], warp[2]);
+    }
+    file << "VECTORS WEFT double\n";
+    for (const auto& e : elements) {
+        e->yarnDirections(warp, weft);
+        writeVector(weft[0], weft[1], weft[2]);
+    }
+    file << "POINT_DATA " << numberOfPoints << "\n";
+    file << "VECTORS DISPLACEMENT double\n0 0 0\n";
+    for (const auto& n : nodes) {
+        const auto u = n->getDisplacement();
+        writeVector(u[0], u[1], u[2]);
+    }
+    file << "VECTORS VELOCITY double\n0 0 0\n";
+    for (const auto& n : nodes)
+        writeVector(n->getX_vel(), n->getY_vel(), n->getZ_vel());
+    file << "VECTORS CONTACT_FORCE double\n0 0 0\n";
+    for (const auto& n : nodes)
+        writeVector(n->getXContactForce(), n->getYContactForce(), n->getZContactForce());
+
     file.close();
     if (file.fail()) {
         file.clear();
         throw std::runtime_error("Results file " + target.string() + " could not be written completely");
     }
+    series.push_back({target.filename().string(), clockTime()});
+    writeSeries();
     ++printNumber;
+}
+
+void VtkWriter::writeVector(double x, double y, double z) {
+    char line[96];
+    std::snprintf(line, sizeof line, "%.10g %.10g %.10g\n", x, y, z);
+    file << line;
+}
+
+std::filesystem::path VtkWriter::seriesFile() const {
+    return std::filesystem::path(parentPathText) / (filenameText + extensionText + ".series");
+}
+
+namespace {
+// A file name as a JSON string.
+std::string jsonString(const std::string& text) {
+    std::string out = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (static_cast<unsigned char>(c) < 0x20) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
+            out += escaped;
+        } else {
+            out += c;
+        }
+    }
+    return out + "\"";
+}
+} // namespace
+
+void VtkWriter::writeSeries() const {
+    // Written whole under another name and renamed over the old list, so that
+    // a viewer that reads it during the run never sees half a list.
+    const std::filesystem::path target = seriesFile();
+    std::filesystem::path temporary = target;
+    temporary += ".tmp";
+    {
+        std::ofstream out(temporary, std::ios::out | std::ios::trunc);
+        out << "{\n  \"file-series-version\": \"1.0\",\n  \"files\": [";
+        for (std::size_t i = 0; i < series.size(); ++i) {
+            char time[40];
+            std::snprintf(time, sizeof time, "%.17g", series[i].time);
+            out << (i == 0 ? "\n" : ",\n") << "    {\"name\": " << jsonString(series[i].name)
+                << ", \"time\": " << time << "}";
+        }
+        out << "\n  ]\n}\n";
+        out.close();
+        if (!out) throw std::runtime_error("Series file " + temporary.string() + " cannot be written");
+    }
+    std::error_code failed;
+    std::filesystem::rename(temporary, target, failed);
+    if (failed)
+        throw std::runtime_error("Series file " + target.string() +
+                                 " cannot be written: " + failed.message());
 }

@@ -1,6 +1,10 @@
 // Legacy VTK ASCII unstructured-grid writer: one file per print time with the
 // node coordinates as points (a dummy point 0 so that point k is node k), the
-// elements as cells, and twelve cell scalars (six strains, six stresses).
+// elements as cells, twelve cell scalars (six strains, six stresses), the
+// yarn directions as cell vectors, and the displacement, velocity and
+// contact force of every node as point vectors. Beside the files it keeps
+// <stem>.vtk.series, the list of the files written so far with their model
+// times, in the JSON form that ParaView opens as one time series.
 #pragma once
 
 #include "Writer.h"
@@ -15,8 +19,20 @@ public:
                       std::vector<std::shared_ptr<Element>>& elements) override;
     // Path of the file that the next writeResults call writes.
     std::filesystem::path nextFile() const;
+    // Path of the series file.
+    std::filesystem::path seriesFile() const;
 
 private:
+    // One line "x y z" with ten significant digits.
+    void writeVector(double x, double y, double z);
+    // Rewrites the series file from `series`.
+    void writeSeries() const;
+
+    struct SeriesEntry {
+        std::string name;
+        double time;
+    };
+    std::vector<SeriesEntry> series;
     int printNumber = 0;
     std::vector<std::shared_ptr<Node>> nodes;
     std::vector<std::shared_ptr<Element>> elements;

@@ -22,8 +22,16 @@ public:
                               std::vector<std::shared_ptr<Element>>& elements) = 0;
 
     std::string getType() const { return type; }
+    // The model time that writeResults reports for the state it writes,
+    // read at each print (0 while no clock is set).
+    void setClock(const double& time) { clock = &time; }
 
 protected:
+    double clockTime() const { return clock ? *clock : 0.0; }
+
     std::string type;
     std::ofstream file;
+
+private:
+    const double* clock = nullptr;
 };
