@@ -174,8 +174,8 @@ void VtkWriter::writeSeries() const {
         for (std::size_t i = 0; i < series.size(); ++i) {
             char time[40];
             std::snprintf(time, sizeof time, "%.17g", series[i].time);
-            out << (i == 0 ? "\n" : ",\n") << "    {\"name\": " << jsonString(series[i].name)
-                << ", \"time\": " << time << "}";
+            out << (i == 0 ? "\n" : ",\n") << "    { \"name\": " << jsonString(series[i].name)
+                << ", \"time\": " << time << " }";
         }
         out << "\n  ]\n}\n";
         out.close();

@@ -1,5 +1,5 @@
 // Reads results back for end-to-end checks: a legacy VTK file written by the
-// program (points, cells and cell scalars) and the values of one list entry
+// program (points, cells, cell scalars, cell and point vectors) and the values of one list entry
 // of the Markdown job log (for example every "Current time: ").
 #pragma once
 
@@ -18,12 +18,15 @@ struct VtkResult {
     std::vector<std::vector<int>> cells;
     std::vector<int> cellTypes;
     std::map<std::string, std::vector<double>> scalars;
+    std::map<std::string, std::vector<std::array<double, 3>>> cellVectors;
+    std::map<std::string, std::vector<std::array<double, 3>>> pointVectors;
 };
 
 inline VtkResult readVtk(const std::filesystem::path& file) {
     VtkResult r;
     std::ifstream in(file);
     std::string word;
+    bool pointData = false;
     while (in >> word) {
         if (word == "POINTS") {
             int n;
@@ -49,6 +52,15 @@ inline VtkResult readVtk(const std::filesystem::path& file) {
             r.cellTypes.resize(n);
             for (int& t : r.cellTypes)
                 in >> t;
+        } else if (word == "POINT_DATA" || word == "CELL_DATA") {
+            pointData = word == "POINT_DATA";
+        } else if (word == "VECTORS") {
+            std::string name, type;
+            in >> name >> type;
+            auto& vectors = (pointData ? r.pointVectors : r.cellVectors)[name];
+            vectors.resize(pointData ? r.points.size() : r.cells.size());
+            for (auto& v : vectors)
+                in >> v[0] >> v[1] >> v[2];
         } else if (word == "SCALARS") {
             std::string name, type, lookup, table;
             in >> name >> type >> lookup >> table;
