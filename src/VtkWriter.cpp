@@ -96,29 +96,33 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         if (count % 6 != 0) file << "\n";
     }
 
-    // Appended after the twelve scalars: the yarn directions per cell, then
-    // the nodal vectors (point 0, on no node, gets zeros).
+    // Appended after the twelve scalars, as field arrays (which readers
+    // take whole, unlike the attributes of which they may keep only the
+    // first): the yarn directions per cell, then the nodal vectors (point 0,
+    // on no node, gets zeros).
     double warp[3], weft[3];
-    file << "VECTORS WARP double\n";
+    file << "FIELD YARNS 2\n";
+    file << "WARP 3 " << numberOfCells << " double\n";
     for (const auto& e : elements) {
         e->yarnDirections(warp, weft);
         writeVector(warp[0], warp[1], warp[2]);
     }
-    file << "VECTORS WEFT double\n";
+    file << "WEFT 3 " << numberOfCells << " double\n";
     for (const auto& e : elements) {
         e->yarnDirections(warp, weft);
         writeVector(weft[0], weft[1], weft[2]);
     }
     file << "POINT_DATA " << numberOfPoints << "\n";
-    file << "VECTORS DISPLACEMENT double\n0 0 0\n";
+    file << "FIELD NODES 3\n";
+    file << "DISPLACEMENT 3 " << numberOfPoints << " double\n0 0 0\n";
     for (const auto& n : nodes) {
         const auto u = n->getDisplacement();
         writeVector(u[0], u[1], u[2]);
     }
-    file << "VECTORS VELOCITY double\n0 0 0\n";
+    file << "VELOCITY 3 " << numberOfPoints << " double\n0 0 0\n";
     for (const auto& n : nodes)
         writeVector(n->getX_vel(), n->getY_vel(), n->getZ_vel());
-    file << "VECTORS CONTACT_FORCE double\n0 0 0\n";
+    file << "CONTACT_FORCE 3 " << numberOfPoints << " double\n0 0 0\n";
     for (const auto& n : nodes)
         writeVector(n->getXContactForce(), n->getYContactForce(), n->getZContactForce());
 

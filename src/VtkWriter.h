@@ -1,8 +1,8 @@
 // Legacy VTK ASCII unstructured-grid writer: one file per print time with the
 // node coordinates as points (a dummy point 0 so that point k is node k), the
 // elements as cells, twelve cell scalars (six strains, six stresses), the
-// yarn directions as cell vectors, and the displacement, velocity and
-// contact force of every node as point vectors. Beside the files it keeps
+// yarn directions as cell field arrays, and the displacement, velocity and
+// contact force of every node as point field arrays. Beside the files it keeps
 // <stem>.vtk.series, the list of the files written so far with their model
 // times, in the JSON form that ParaView opens as one time series.
 #pragma once

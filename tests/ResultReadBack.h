@@ -1,6 +1,7 @@
 // Reads results back for end-to-end checks: a legacy VTK file written by the
-// program (points, cells, cell scalars, cell and point vectors) and the values of one list entry
-// of the Markdown job log (for example every "Current time: ").
+// program (points, cells, cell scalars, and the three-component field arrays
+// of cells and points) and the values of one list entry of the Markdown job
+// log (for example every "Current time: ").
 #pragma once
 
 #include <array>
@@ -18,6 +19,7 @@ struct VtkResult {
     std::vector<std::vector<int>> cells;
     std::vector<int> cellTypes;
     std::map<std::string, std::vector<double>> scalars;
+    // Field arrays of three components, by name.
     std::map<std::string, std::vector<std::array<double, 3>>> cellVectors;
     std::map<std::string, std::vector<std::array<double, 3>>> pointVectors;
 };
@@ -54,13 +56,20 @@ inline VtkResult readVtk(const std::filesystem::path& file) {
                 in >> t;
         } else if (word == "POINT_DATA" || word == "CELL_DATA") {
             pointData = word == "POINT_DATA";
-        } else if (word == "VECTORS") {
-            std::string name, type;
-            in >> name >> type;
-            auto& vectors = (pointData ? r.pointVectors : r.cellVectors)[name];
-            vectors.resize(pointData ? r.points.size() : r.cells.size());
-            for (auto& v : vectors)
-                in >> v[0] >> v[1] >> v[2];
+        } else if (word == "FIELD") {
+            std::string name;
+            int arrays;
+            in >> name >> arrays;
+            for (int a = 0; a < arrays; ++a) {
+                std::string array, type;
+                int components, tuples;
+                in >> array >> components >> tuples >> type;
+                if (components != 3) break; // the program writes none
+                auto& vectors = (pointData ? r.pointVectors : r.cellVectors)[array];
+                vectors.resize(tuples);
+                for (auto& v : vectors)
+                    in >> v[0] >> v[1] >> v[2];
+            }
         } else if (word == "SCALARS") {
             std::string name, type, lookup, table;
             in >> name >> type >> lookup >> table;

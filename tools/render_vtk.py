@@ -8,6 +8,9 @@ The input is a result file or a results folder (its last file is taken).
 The cells are coloured by one of the twelve cell arrays (--array, default
 S11) with a colour bar; --view chooses the camera (iso, top, front, side).
 --hide-zero-cells leaves out a tool surface (contact elements write zeros).
+--yarns draws the warp and weft directions of the fabric cells (the cell
+vectors WARP and WEFT) as short dark red and dark blue lines through the
+centre of each cell.
 The unused point 0 that every result file carries is left out of the view.
 
 Needs VTK's Python bindings (Debian's python3-vtk9). VTK draws through X:
@@ -63,6 +66,10 @@ def build_parser():
     p.add_argument("--no-edges", action="store_true", help="do not draw the element edges")
     p.add_argument("--hide-zero-cells", action="store_true",
                    help="leave out cells whose twelve arrays are all zero (a tool surface of contact elements)")
+    p.add_argument("--yarns", action="store_true",
+                   help="draw the warp (dark red) and weft (dark blue) directions of fabric cells")
+    p.add_argument("--yarn-length", type=float, metavar="L",
+                   help="length of the yarn lines (default: 0.7 times the mean cell size)")
     return p
 
 
@@ -92,6 +99,44 @@ def without_zero_cells(vtk, grid):
     extract.SetCellList(keep)
     extract.Update()
     return extract.GetOutput()
+
+
+def yarn_actors(vtk, grid, path, length):
+    """Lines of the given length along WARP and WEFT through the cell centres;
+    a zero vector (a cell without yarns) gives a line of no length."""
+    if grid.GetCellData().GetArray("WARP") is None:
+        raise RenderError(f"{path} has no yarn directions (WARP, WEFT)")
+    if length is None:
+        bounds = grid.GetBounds()
+        extents = sorted(bounds[2 * k + 1] - bounds[2 * k] for k in range(3))
+        length = 0.7 * (extents[1] * extents[2] / max(grid.GetNumberOfCells(), 1)) ** 0.5
+    centres = vtk.vtkCellCenters()
+    centres.SetInputData(grid)
+    centres.Update()
+    actors = []
+    for name, colour in (("WARP", (0.0, 0.0, 0.0)), ("WEFT", (1.0, 1.0, 1.0))):
+        points = vtk.vtkPolyData()
+        points.DeepCopy(centres.GetOutput())
+        points.GetPointData().SetActiveVectors(name)
+        line = vtk.vtkLineSource()
+        line.SetPoint1(-0.5, 0.0, 0.0)
+        line.SetPoint2(0.5, 0.0, 0.0)
+        glyphs = vtk.vtkGlyph3D()
+        glyphs.SetInputData(points)
+        glyphs.SetSourceConnection(line.GetOutputPort())
+        glyphs.SetVectorModeToUseVector()
+        glyphs.SetScaleModeToScaleByVector()
+        glyphs.SetScaleFactor(length)
+        glyphs.OrientOn()
+        mapper = vtk.vtkPolyDataMapper()
+        mapper.SetInputConnection(glyphs.GetOutputPort())
+        mapper.ScalarVisibilityOff()
+        actor = vtk.vtkActor()
+        actor.SetMapper(mapper)
+        actor.GetProperty().SetColor(*colour)
+        actor.GetProperty().SetLineWidth(2.0)
+        actors.append(actor)
+    return actors
 
 
 def render(args):
@@ -175,6 +220,11 @@ def render(args):
     renderer = vtk.vtkRenderer()
     renderer.SetBackground(1.0, 1.0, 1.0)
     renderer.AddActor(actor)
+    if args.yarns:
+        for yarn in yarn_actors(vtk, grid, path, args.yarn_length):
+            renderer.AddActor(yarn)
+        # The lines lie in the surface: push the faces back so that they show.
+        mapper.SetResolveCoincidentTopologyToPolygonOffset()
     renderer.AddActor2D(bar)
     renderer.AddActor2D(title)
 

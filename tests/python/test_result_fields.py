@@ -1,0 +1,155 @@
+"""The vectors of the result files and their series file, from whole runs.
+
+Each file is read with VTK's own legacy reader (as ParaView reads it) and with
+meshio; both must give the closed-form values. Run by CTest with
+/usr/bin/python3; DRAPEX is the built program.
+"""
+import json
+import math
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+DRAPEX = os.environ.get("DRAPEX", str(ROOT / "build" / "drapex"))
+POINT_VECTORS = ("DISPLACEMENT", "VELOCITY", "CONTACT_FORCE")
+CELL_VECTORS = ("WARP", "WEFT")
+
+
+def read_with_vtk(path):
+    """Point and cell arrays by name, as lists of tuples."""
+    import vtk
+    reader = vtk.vtkUnstructuredGridReader()
+    reader.SetFileName(str(path))
+    reader.ReadAllScalarsOn()
+    reader.Update()
+    grid = reader.GetOutput()
+
+    def arrays(data):
+        out = {}
+        for i in range(data.GetNumberOfArrays()):
+            a = data.GetArray(i)
+            out[a.GetName()] = [a.GetTuple(k) for k in range(a.GetNumberOfTuples())]
+        return out
+    return arrays(grid.GetPointData()), arrays(grid.GetCellData())
+
+
+def read_with_meshio(path):
+    import meshio
+    mesh = meshio.read(str(path))
+    cells = {name: [tuple(v) for block in blocks for v in (block if block.ndim > 1 else block[:, None])]
+             for name, blocks in mesh.cell_data.items()}
+    return {name: [tuple(v) for v in values] for name, values in mesh.point_data.items()}, cells
+
+
+class ResultVectors(unittest.TestCase):
+    def setUp(self):
+        for module, package in (("vtk", "python3-vtk9"), ("meshio", "python3-meshio")):
+            try:
+                __import__(module)
+            except ImportError:
+                self.skipTest(f"{module} cannot be imported (Debian: {package})")
+        self.dir = pathlib.Path(tempfile.mkdtemp(prefix="drapex_fields_"))
+        self.addCleanup(shutil.rmtree, self.dir, ignore_errors=True)
+
+    def run_deck(self, deck):
+        r = subprocess.run([DRAPEX, deck.name], cwd=deck.parent, capture_output=True, text=True,
+                           stdin=subprocess.DEVNULL)
+        self.assertEqual(r.stderr, "")
+        self.assertIn("Solving took", r.stdout)
+
+    def series(self, deck):
+        """The series file's entries, checked against the files and the log's times."""
+        folder = deck.parent / f"Results_{deck.stem}"
+        listing = json.loads((folder / f"{deck.stem}.vtk.series").read_text())
+        self.assertEqual(listing["file-series-version"], "1.0")
+        files = listing["files"]
+        self.assertEqual(sorted(f["name"] for f in files), sorted(p.name for p in folder.glob("*.vtk")))
+        log = deck.with_suffix(".md").read_text()
+        times = [float(t) for t in re.findall(r"Current time: (\S+)", log)]
+        self.assertEqual(len(times), len(files))
+        for f, t in zip(files, times):
+            self.assertAlmostEqual(f["time"], t, delta=5e-7)
+        return [(folder / f["name"], f["time"]) for f in files]
+
+    def both_readers(self, path):
+        """The arrays of one file, after checking that the two readers agree on them."""
+        points, cells = read_with_vtk(path)
+        m_points, m_cells = read_with_meshio(path)
+        for name in POINT_VECTORS:
+            self.assertEqual(len(points[name]), len(m_points[name]))
+            for a, b in zip(points[name], m_points[name]):
+                self.assertEqual(a, b)
+        for name in CELL_VECTORS:
+            # meshio leaves out the arrays of a file without cells.
+            self.assertEqual(cells[name], m_cells.get(name, []))
+        return points, cells
+
+    def test_free_fall_moves_by_the_closed_form_at_every_print(self):
+        # Node 3 falls under g = 9.81 with a fixed step dt = 0.001. A print at
+        # time t holds the positions after the step from t: the central
+        # difference is exact under a constant acceleration, so
+        # u = -g (t + dt)^2 / 2 and the mid-step velocity v = -g (t + dt/2).
+        deck = self.dir / "free_fall.txt"
+        shutil.copy(ROOT / "examples" / "free_fall" / "free_fall.txt", deck)
+        self.run_deck(deck)
+        g, dt = 9.81, 0.001
+        prints = self.series(deck)
+        self.assertEqual(len(prints), 10)
+        for path, t in prints:
+            points, cells = self.both_readers(path)
+            self.assertEqual(set(map(len, cells.values())), {0})  # a deck without elements has no cells
+            self.assertEqual(len(points["DISPLACEMENT"]), 4)  # point 0, then nodes 1 to 3
+            for p in (0, 1, 2):
+                for name in POINT_VECTORS:
+                    self.assertEqual(points[name][p], (0.0, 0.0, 0.0), (path.name, name, p))
+            ux, uy, uz = points["DISPLACEMENT"][3]
+            vx, vy, vz = points["VELOCITY"][3]
+            self.assertEqual((ux, uy, vx, vy), (0.0, 0.0, 0.0, 0.0))
+            self.assertAlmostEqual(uz / (-g * (t + dt) ** 2 / 2), 1.0, delta=1e-9, msg=path.name)
+            self.assertAlmostEqual(vz / (-g * (t + dt / 2)), 1.0, delta=1e-9, msg=path.name)
+            self.assertEqual(points["CONTACT_FORCE"][3], (0.0, 0.0, 0.0))
+
+    def test_sheet_resting_on_a_tool_is_carried_by_its_weight(self):
+        # A 9 x 9 textile sheet (rho 1e-6 per unit area, g 9810) falls 1 mm
+        # onto a fixed tool and settles by 0.1 s: the contact forces on the sheet's 16
+        # nodes add up to its weight, those on the tool's nodes to the
+        # opposite. The yarns of the flat sheet stay within a degree of x and
+        # y; the tool's contact triangles have none.
+        deck = self.dir / "rest.txt"
+        gen = subprocess.run(
+            [sys.executable, str(ROOT / "tools" / "gendeck.py"), "--size", "9", "9", "--div", "3", "3",
+             "--material", "textile", "--rho", "1e-6", "--kwarp", "10", "--kweft", "10", "--damping", "300",
+             "--gravity", "-9810", "--tool", "rect", "--tool-size", "12", "10", "--tool-div", "1", "1",
+             "--tool-offset", "1", "--tool-factor", "1", "--end", "0.1005", "--print", "0.05", "-o", str(deck)],
+            capture_output=True, text=True)
+        self.assertEqual(gen.returncode, 0, gen.stderr)
+        self.run_deck(deck)
+        prints = self.series(deck)
+        self.assertEqual(len(prints), 3)
+        path, _ = prints[-1]
+        points, cells = self.both_readers(path)
+        weight = 1e-6 * 81.0 * 9810.0
+        force = points["CONTACT_FORCE"]
+        self.assertEqual(len(force), 1 + 16 + 4)
+        sheet = sum(f[2] for f in force[1:17])
+        tool = sum(f[2] for f in force[17:])
+        self.assertAlmostEqual(sheet / weight, 1.0, delta=1e-3)
+        self.assertAlmostEqual(tool / weight, -1.0, delta=1e-3)
+        self.assertAlmostEqual(sum(math.hypot(f[0], f[1]) for f in force), 0.0, delta=1e-9)
+        self.assertEqual(len(cells["WARP"]), 18 + 2)
+        for warp, weft in zip(cells["WARP"][:18], cells["WEFT"][:18]):
+            for got, want in ((warp, (1.0, 0.0, 0.0)), (weft, (0.0, 1.0, 0.0))):
+                self.assertAlmostEqual(math.hypot(*got), 1.0, delta=1e-9)
+                for a, b in zip(got, want):
+                    self.assertAlmostEqual(a, b, delta=0.02)
+        self.assertEqual(cells["WARP"][18:], [(0.0, 0.0, 0.0)] * 2)
+
+
+if __name__ == "__main__":
+    unittest.main()
