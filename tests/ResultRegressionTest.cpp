@@ -1,7 +1,10 @@
 // Golden-result regression: each case of reference/cases.txt runs a copy of a
 // deck (optionally with an earlier end time) and every number of every result
 // file (VTK results and tracker histories) must match the stored reference
-// within a relative tolerance of 1e-10; every word must match exactly.
+// within a relative tolerance of 1e-10; every word must match exactly. The
+// stored VTK references predate the yarn and node vectors at the end of the
+// files (which have closed-form tests of their own): a reference without
+// them is compared with the sections before them; a re-recorded one, whole.
 //
 // To record new references after a deliberate change of results, run this
 // suite once with DRAPEX_UPDATE_REFERENCES=1 in the environment.
@@ -104,6 +107,16 @@ std::string compareNumbers(const std::string& expected, const std::string& actua
     return "";
 }
 
+// A reference recorded before the result files carried the yarn and node
+// vectors ends with the twelve cell scalars: the produced file is compared
+// up to the point where the vectors begin.
+std::string comparablePart(const std::string& reference, const std::string& produced) {
+    const std::string vectors = "FIELD YARNS";
+    const auto at = produced.find(vectors);
+    if (at == std::string::npos || reference.find(vectors) != std::string::npos) return produced;
+    return produced.substr(0, at);
+}
+
 class ResultRegression : public testing::TestWithParam<RegressionCase> {};
 
 } // namespace
@@ -138,8 +151,11 @@ TEST_P(ResultRegression, EveryResultValueMatchesTheReference) {
     for (const auto& [name, path] : produced)
         producedNames.insert(name);
     ASSERT_EQ(producedNames, expectedNames);
-    for (const auto& name : expectedNames)
-        EXPECT_EQ(compareNumbers(readFile(reference / name), readFile(produced.at(name))), "") << name;
+    for (const auto& name : expectedNames) {
+        const std::string expected = readFile(reference / name);
+        EXPECT_EQ(compareNumbers(expected, comparablePart(expected, readFile(produced.at(name)))), "")
+            << name;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Examples, ResultRegression, testing::ValuesIn(loadCases()), caseName);
