@@ -20,36 +20,6 @@ struct UnitLine : ::testing::Test {
 
 } // namespace
 
-// The messages of bad contact-line lines are kept as deck files.
-TEST_F(UnitLine, AttachedOnceAndWrittenAsALineCell) {
-    // A line attached twice is searched once.
-    auto line = s.make<ContactLine>("NODES 2 1", false);
-    line->attachContactSearch(s.search);
-    line->setInitialConditions();
-    EXPECT_EQ(s.search.getNumberOfLines(), 1);
-    EXPECT_EQ(line->printVTK(0, 0), "3\n");
-    EXPECT_EQ(line->printVTK(1, 0), "2\t2\t1\n");
-    for (int code : {100, 200, 201})
-        EXPECT_EQ(line->printVTK(code, 3), "0.0");
-    EXPECT_EQ(line->checkTimestep(2.5), 2.5);
-}
-
-TEST_F(UnitLine, RadiusHandedOverAsSixDecimalText) {
-    // A rod of diameter 0.002 hands over its radius as six-decimal text; a
-    // diameter of 0.0000008 becomes a radius of zero, and such a line touches
-    // nothing, not even a node right on its axis.
-    auto line = make("NODES 2 1 R " + std::to_string(0.002 * 0.5) + " FACTOR " + std::to_string(7.5));
-    EXPECT_DOUBLE_EQ(line->getRadius(), 0.001);
-    EXPECT_EQ(line->getFactor(), 7.5);
-    auto thin = make("NODES 1 2 R " + std::to_string(0.0000004));
-    EXPECT_EQ(thin->getRadius(), 0.0);
-    auto onAxis = s.add(0.5, 0, 0);
-    s.rebin();
-    EXPECT_FALSE(thin->checkContact(onAxis));
-    thin->computeContactForces();
-    EXPECT_EQ(onAxis->getZContactForce(), 0.0);
-}
-
 TEST_F(UnitLine, ForceFallsLinearlyFromFactorOnTheAxisToZeroAtTheRadius) {
     auto n = s.add(0.5, 0, 0.5);
     s.rebin();
@@ -86,7 +56,7 @@ TEST_F(UnitLine, NodeBeyondAnEndIsMeasuredToThatEndButSharedByTheRawPosition) {
     expectForce(b, -1.2 * f * ux, 0, -1.2 * f * uz);
 }
 
-TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAreLeftAlone) {
+TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAndLinesOfNoRadiusAreLeftAlone) {
     auto far = s.add(0.5, 0, 0.51);
     auto sideways = s.add(0.5, 0.6, 0); // outside the y box
     auto behind = s.add(-0.6, 0, 0);    // outside the x range
@@ -97,6 +67,14 @@ TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAreLeftAlone) {
         expectForce(node, 0, 0, 0, 0.0);
     for (const auto& node : {far, sideways, behind})
         EXPECT_FALSE(line->checkContact(node.get()));
+    // A line of no radius (a rod thinner than the six decimals of its radius
+    // text) touches nothing, not even a node on its axis.
+    auto onAxis = s.add(0.5, 0, 0);
+    s.rebin();
+    auto thin = make("NODES 1 2 R 0");
+    EXPECT_FALSE(thin->checkContact(onAxis));
+    thin->computeContactForces();
+    EXPECT_EQ(onAxis->getZContactForce(), 0.0);
 }
 
 TEST(ContactLineMechanics, CrossingSegmentsArePushedApartOnce) {
