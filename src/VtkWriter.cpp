@@ -112,6 +112,9 @@ void VtkWriter::writeResults(std::vector<std::shared_ptr<Node>>& modelNodes,
         e->yarnDirections(warp, weft);
         writeVector(weft[0], weft[1], weft[2]);
     }
+    // The points are the positions at the end of the print's step, the cell
+    // arrays and the contact forces what the step computed from its start
+    // (intended; see the user guide, "Quirks worth knowing").
     file << "POINT_DATA " << numberOfPoints << "\n";
     file << "FIELD NODES 3\n";
     file << "DISPLACEMENT 3 " << numberOfPoints << " double\n0 0 0\n";
