@@ -13,6 +13,7 @@
 #include "Node.h"
 #include "Reader.h"
 #include "ReaderLibrary.h"
+#include "RigidBody.h"
 #include "Tracker.h"
 #include "Writer.h"
 #include "WriterLibrary.h"
@@ -127,6 +128,11 @@ void Model::initialize() {
         ElementLibrary::storeByKind(elements);
         for (const auto& e : elements)
             elementMap.emplace(e->getNumber(), e);
+        // Rigid bodies claim nodes that elements may already use.
+        const int numberOfRigidBodies = reader->numberOfRigidBodies();
+        reader->rewindFile();
+        for (int i = 0; i < numberOfRigidBodies; ++i)
+            rigidBodies.push_back(reader->getNextRigidBody(nodeMap));
         writer = WriterLibrary::getWriterOstrel("VTK");
         writer->init(inputPath);
         reader->rewindFile();
@@ -194,6 +200,13 @@ void Model::assembleMassMatrix() {
         std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Elements"));
     }
     try {
+        for (auto& b : rigidBodies)
+            b->assembleMassMatrix();
+    } catch (const std::exception& e) {
+        logger->writeError(failureText(e), "assembleMatrix() method");
+        std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Rigid bodies"));
+    }
+    try {
         for (auto& n : nodes)
             n->determineMassMatrix();
     } catch (const std::exception& e) {
@@ -208,6 +221,8 @@ void Model::setInitialConditions() {
             a->setInitialConditions();
         for (auto& n : nodes)
             n->setInitialConditions();
+        for (auto& b : rigidBodies)
+            b->setInitialConditions();
 
         // The loop updates the nodes in the order of their initial x (which
         // also fixes the order in which the energies are summed).
@@ -296,6 +311,10 @@ void Model::step(double& candidateStep, bool clearForces) {
         if (i + elementsAhead < elementCount) elements[i + elementsAhead]->prefetchForStep();
         elements[i]->runStep(dt, currentTime, automaticTimeStep, candidateStep);
     }
+    // A body's members hand their forces to its reference node, which moves
+    // them after its own update.
+    for (auto& b : rigidBodies)
+        b->gatherForces();
     internalEnergy = 0.0;
     kineticEnergy = 0.0;
     // Nodes lie in memory in deck order but are updated in x order; loading a
@@ -307,6 +326,10 @@ void Model::step(double& candidateStep, bool clearForces) {
     for (std::size_t i = 0; i < count; ++i) {
         if (i + ahead < count) nodes[i + ahead]->prefetchForUpdate();
         Node& n = *nodes[i];
+        if (n.isRigidMember()) {
+            if (clearForces) n.clearNodalForces();
+            continue;
+        }
         n.computeNewPosition(dt, currentTime);
         internalEnergy += n.getInternalEnergy();
         kineticEnergy += n.getKineticEnergy();
@@ -321,6 +344,8 @@ void Model::step(double& candidateStep, bool clearForces) {
                 "the material parameters)");
         if (clearForces) n.clearNodalForces();
     }
+    for (auto& b : rigidBodies)
+        b->placeMembers();
     // Only contact elements read the search: a model without them does not
     // rebin its nodes.
     if (contactSearch && contactSearch->isUsed()) contactSearch->update(nodes);

@@ -20,6 +20,7 @@ class Amplitude;
 class Writer;
 class Logger;
 class ContactSearch;
+class RigidBody;
 
 class Model {
 public:
@@ -41,6 +42,7 @@ public:
     const std::vector<std::shared_ptr<Node>>& getNodes() const { return nodes; }
     const std::vector<std::shared_ptr<Element>>& getElements() const { return elements; }
     const std::unordered_map<int, std::shared_ptr<Node>>& getNodeMap() const { return nodeMap; }
+    const std::vector<std::shared_ptr<RigidBody>>& getRigidBodies() const { return rigidBodies; }
     double getTimeStep() const { return timeStep; }
     double getCurrentTime() const { return currentTime; }
     double getInternalEnergy() const { return internalEnergy; }
@@ -78,6 +80,7 @@ private:
     std::vector<std::shared_ptr<Load>> loads;
     std::vector<std::shared_ptr<Tracker>> trackers;
     std::vector<std::shared_ptr<Amplitude>> amplitudes;
+    std::vector<std::shared_ptr<RigidBody>> rigidBodies;
     std::unordered_map<int, std::shared_ptr<Node>> nodeMap;
     std::unordered_map<int, std::shared_ptr<Element>> elementMap;
     std::unordered_map<int, std::shared_ptr<Material>> materialMap;

@@ -18,6 +18,7 @@ class Amplitude;
 class Tracker;
 class ControlSet;
 class Writer;
+class RigidBody;
 
 class Reader : public IOFile {
 public:
@@ -40,6 +41,8 @@ public:
     virtual std::shared_ptr<Tracker>
     getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
                    const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) = 0;
+    virtual std::shared_ptr<RigidBody>
+    getNextRigidBody(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber) = 0;
     virtual void getControlSet(std::unique_ptr<ControlSet>& controlSet) = 0;
     virtual std::shared_ptr<Writer> getWriter() = 0;
     virtual int numberOfNodes() = 0;
@@ -50,6 +53,7 @@ public:
     virtual int numberOfTrackers() = 0;
     virtual int numberOfLoads() = 0;
     virtual int numberOfAmplitudes() = 0;
+    virtual int numberOfRigidBodies() = 0;
 
     void countNbrOfLines();
     void rewindFile();
