@@ -225,8 +225,8 @@ private:
     std::shared_ptr<Constraint> constraint;
     std::shared_ptr<Load> load;
     bool xGiven = false, yGiven = false, zGiven = false;
+    bool rigidMember = false;
     double spareEnergy1 = 0.0;
     double spareEnergy2 = 0.0;
     const RigidBody* rigidBody = nullptr;
-    bool rigidMember = false;
 };
