@@ -80,4 +80,63 @@ void BM_ContactTriangleSearch(benchmark::State& state) {
 }
 BENCHMARK(BM_ContactTriangleSearch)->Arg(32)->Arg(64)->Arg(128);
 
+// One whole increment of the same tool and sheet, every node held in place:
+// the tool as contact triangles (each pushes every node inside it) or as the
+// facets of one contact surface (each node pushed once, by its facet). Per
+// increment: the element pass, the surface's push, the node update and the
+// rebinning of the search.
+std::string heldContactDeck(int d, bool surface) {
+    std::string deck = contactDeck(d);
+    deck.replace(deck.find("NODES\n"), 6,
+                 "CONSTRAINTS TYPE BOUNDARY_CONDITION\nHELD VX 0 VY 0 VZ 0\nNODES\n");
+    for (std::size_t at = deck.find(" Z "); at != std::string::npos; at = deck.find(" Z ", at + 1))
+        deck.insert(deck.find('\n', at), " CONSTRAINT HELD");
+    if (!surface) return deck;
+    std::string out = "CONTACT_SURFACES\nTOOL TYPE SHELL T 0.5 FACTOR 10\n";
+    std::istringstream in(deck);
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line == "ELEMENTS TYPE CONTACT_TRIANGLE")
+            line = "ELEMENTS TYPE CONTACT_FACET";
+        else if (line.find(" T 0.5 TYPE SHELL") != std::string::npos)
+            line.replace(line.find(" T 0.5 TYPE SHELL"), 17, " SURFACE TOOL");
+        out += line + "\n";
+    }
+    return out;
+}
+
+void BM_ContactIncrement(benchmark::State& state, bool surface) {
+    const int d = static_cast<int>(state.range(0));
+    const auto dir = std::filesystem::temp_directory_path() /
+                     ("drapex_contact_step_" + std::to_string(::getpid()) + "_" + std::to_string(d));
+    std::filesystem::create_directories(dir);
+    const auto deck = dir / "contact.txt";
+    std::ofstream(deck) << heldContactDeck(d, surface);
+    Model model(1, deck.string());
+    std::ostringstream quiet;
+    auto* console = std::cout.rdbuf(quiet.rdbuf());
+    double candidate = 90000.0;
+    try {
+        model.initialize();
+        model.assembleMassMatrix();
+        model.setInitialConditions();
+        model.step(candidate, true);
+        model.advanceTime(true);
+    } catch (const std::exception& e) {
+        std::cout.rdbuf(console);
+        state.SkipWithError(chainOf(e).c_str());
+        std::filesystem::remove_all(dir);
+        return;
+    }
+    std::cout.rdbuf(console);
+    micro::PerItem perIncrement(state, 1);
+    for (auto _ : state) {
+        model.step(candidate, true);
+        model.advanceTime(true);
+    }
+    std::filesystem::remove_all(dir);
+}
+BENCHMARK_CAPTURE(BM_ContactIncrement, triangles, false)->Arg(32)->Arg(64)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_ContactIncrement, surface, true)->Arg(32)->Arg(64)->Unit(benchmark::kMicrosecond);
+
 } // namespace

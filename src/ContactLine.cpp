@@ -3,6 +3,7 @@
 #include "DeckParser.h"
 #include "SpeedHints.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -171,23 +172,29 @@ bool ContactLine::checkContact(const Node* node, double x, double y, double z) {
     return true;
 }
 
-bool ContactLine::checkContact(ContactLine* other) {
-    if (other == this || !(radius > 0.0)) return false;
-    const Node& b0 = *other->nodes[0];
-    const Node& b1 = *other->nodes[1];
-    if ((b0.getY_pos() < boundingBox[1] && b1.getY_pos() < boundingBox[1]) ||
-        (b0.getY_pos() > boundingBox[0] && b1.getY_pos() > boundingBox[0]) ||
-        (b0.getZ_pos() < boundingBox[3] && b1.getZ_pos() < boundingBox[3]) ||
-        (b0.getZ_pos() > boundingBox[2] && b1.getZ_pos() > boundingBox[2]))
+bool ContactLine::meets(const ContactLine& other, LineHit& hit) const {
+    if (&other == this || !(radius > 0.0)) return false;
+    const Node& a0 = *nodes[0];
+    const Node& a1 = *nodes[1];
+    const Node& b0 = *other.nodes[0];
+    const Node& b1 = *other.nodes[1];
+    // The box and the segment as setBoundingBox and updateLocalCoordinateSystem
+    // make them, so that either line can make the test of the other.
+    const double yMax = std::max(a0.getY_pos(), a1.getY_pos()) + radius,
+                 yMin = std::min(a0.getY_pos(), a1.getY_pos()) - radius,
+                 zMax = std::max(a0.getZ_pos(), a1.getZ_pos()) + radius,
+                 zMin = std::min(a0.getZ_pos(), a1.getZ_pos()) - radius;
+    if ((b0.getY_pos() < yMin && b1.getY_pos() < yMin) || (b0.getY_pos() > yMax && b1.getY_pos() > yMax) ||
+        (b0.getZ_pos() < zMin && b1.getZ_pos() < zMin) || (b0.getZ_pos() > zMax && b1.getZ_pos() > zMax))
         return false;
-    const Node* mine[2] = {nodes[0].get(), nodes[1].get()};
+    const Node* mine[2] = {&a0, &a1};
     const Node* theirs[2] = {&b0, &b1};
     for (const Node* p : mine)
         for (const Node* q : theirs)
             if (p == q) return false;
 
-    const Node& a0 = *nodes[0];
-    const double a[3] = {segment[0], segment[1], segment[2]};
+    const double a[3] = {a1.getX_pos() - a0.getX_pos(), a1.getY_pos() - a0.getY_pos(),
+                         a1.getZ_pos() - a0.getZ_pos()};
     const double b[3] = {b1.getX_pos() - b0.getX_pos(), b1.getY_pos() - b0.getY_pos(),
                          b1.getZ_pos() - b0.getZ_pos()};
     double n[3];
@@ -217,12 +224,29 @@ bool ContactLine::checkContact(ContactLine* other) {
         for (double& c : n)
             c = -c;
     }
-    contactParameters[0] = s;
-    contactParameters[1] = t;
-    contactParameters[2] = d;
+    hit.s = s;
+    hit.t = t;
+    hit.d = d;
     for (int k = 0; k < 3; ++k)
-        direction[k] = n[k];
+        hit.n[k] = n[k];
     return true;
+}
+
+bool ContactLine::checkContact(ContactLine* other) {
+    LineHit hit;
+    if (!meets(*other, hit)) return false;
+    contactParameters[0] = hit.s;
+    contactParameters[1] = hit.t;
+    contactParameters[2] = hit.d;
+    for (int k = 0; k < 3; ++k)
+        direction[k] = hit.n[k];
+    return true;
+}
+
+bool ContactLine::findsLine(const ContactLine& other) const {
+    double xLow, xHigh;
+    LineHit hit;
+    return searchRange(xLow, xHigh) && inRange(other, xLow, xHigh) && meets(other, hit);
 }
 
 void ContactLine::applyNodeContact(Node& node) {
@@ -252,7 +276,11 @@ void ContactLine::computeContactForces() {
             if (checkContact(n, x, y, z)) applyNodeContact(*n);
         },
         [this](ContactLine* other) {
-            if (checkContact(other)) applyLineContact(*other);
+            if (!checkContact(other)) return;
+            // A crossing within the x reach of both lines is found by both
+            // searches: the line registered first pushes the pair, once.
+            if (other->searchSlot < searchSlot && other->findsLine(*this)) return;
+            applyLineContact(*other);
         });
 }
 

@@ -8,6 +8,9 @@
 // solve A + s a + d n = B + t b with n = a x b / |a x b|; for 0 <= s, t <= 1
 // (end nodes included, to within rounding) and |d| <= R the lines are pushed apart with f = FACTOR (1 -
 // |d|/R): this segment's nodes take -(1 - s) f n, -s f n, the other's (1 - t) f n, t f n.
+// A pair of lines acts once per increment: where each line's search finds the
+// other (a crossing that lies within the x reach of both), only the line
+// registered first with the contact search pushes, with its own R and FACTOR.
 #pragma once
 
 #include "ContactSearch.h"
@@ -59,6 +62,9 @@ public:
     bool checkContact(const Node* node, double x, double y, double z);
     // Segment-to-segment test; on success s, t, d and the direction stay in the fields.
     bool checkContact(ContactLine* other);
+    // True when this line's own search pushes the pair it makes with other:
+    // other is within its x reach and meets it. Changes nothing.
+    bool findsLine(const ContactLine& other) const;
 
     // Visits the candidates of the search: visitNode(Node*, x, y, z) for every node
     // whose x lies in the line's x range widened by R and that the y/z box
@@ -80,6 +86,20 @@ private:
     friend class ContactSearch;
 
     void setBoundingBox();
+    // The x range of the search, widened by R; false when the line searches
+    // nothing (no search, no radius, a position not finite).
+    bool searchRange(double& xLow, double& xHigh) const;
+    // A node of other strictly inside the x range.
+    static bool inRange(const ContactLine& other, double xLow, double xHigh) {
+        const double x0 = other.nodes[0]->getX_pos(), x1 = other.nodes[1]->getX_pos();
+        return (x0 > xLow && x0 < xHigh) || (x1 > xLow && x1 < xHigh);
+    }
+    // The segment-to-segment test on the nodes' current positions; on success
+    // s, t, d and the unit normal n (from this line towards other) in hit.
+    struct LineHit {
+        double s, t, d, n[3];
+    };
+    bool meets(const ContactLine& other, LineHit& hit) const;
     void applyNodeContact(Node& node);
     void applyLineContact(ContactLine& other);
     // True the first time a line is met during the current search.
@@ -105,22 +125,25 @@ private:
     unsigned long searchMark = 0;
 };
 
+inline bool ContactLine::searchRange(double& xLow, double& xHigh) const {
+    const Node* start = nodes[0].get();
+    const Node* end = nodes[1].get();
+    if (end->getX_pos() < start->getX_pos()) std::swap(start, end);
+    xLow = start->getX_pos() - radius;
+    xHigh = end->getX_pos() + radius;
+    // A line of no radius touches nothing (see checkContact).
+    return search && radius > 0.0 && std::isfinite(xLow) && std::isfinite(xHigh);
+}
+
 template <class NodeVisitor, class LineVisitor>
 void ContactLine::visitCandidates(NodeVisitor&& visitNode, LineVisitor&& visitLine) {
-    Node* start = nodes[0].get();
-    Node* end = nodes[1].get();
-    if (end->getX_pos() < start->getX_pos()) std::swap(start, end);
-    const double xLow = start->getX_pos() - radius, xHigh = end->getX_pos() + radius;
-
-    // A line of no radius touches nothing (see checkContact).
-    if (!search || !(radius > 0.0) || !std::isfinite(xLow) || !std::isfinite(xHigh)) return;
+    double xLow, xHigh;
+    if (!searchRange(xLow, xHigh)) return;
     searchMark = search->nextMark();
     search->forEachNode(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
                         visitNode);
     search->forEachLine(xLow, xHigh, boundingBox[1], boundingBox[0], boundingBox[3], boundingBox[2],
                         [&](ContactLine* other) {
-                            if (!firstVisit(other)) return;
-                            const double x0 = other->nodes[0]->getX_pos(), x1 = other->nodes[1]->getX_pos();
-                            if ((x0 > xLow && x0 < xHigh) || (x1 > xLow && x1 < xHigh)) visitLine(other);
+                            if (firstVisit(other) && inRange(*other, xLow, xHigh)) visitLine(other);
                         });
 }

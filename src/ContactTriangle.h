@@ -21,7 +21,7 @@
 
 // How a contact triangle meets a node (TYPE SHELL or SOLID; the numbers are
 // the codes the triangle keeps).
-enum ContactSurface : int {
+enum ContactTriangleType : int {
     shellSurface = 0, // a sheet of thickness T, pushing from either side
     solidSurface = 1, // the outside of a solid, pushing along the normal
 };

@@ -1,5 +1,7 @@
 #include "ControlSet.h"
 
+#include <cmath>
+#include <cstdio>
 #include <stdexcept>
 
 void ControlSet::parseOstrel(std::vector<Token> tokens) {
@@ -19,6 +21,19 @@ void ControlSet::parseOstrel(std::vector<Token> tokens) {
         } else if (key == "PRINT" && tokens.at(i + 1).getWord() == "EVERY") {
             if (tokens.at(i + 2).isAWord()) throw std::invalid_argument("Wrong print time");
             printStep = tokens.at(i + 2).getNumber();
+            i += 3;
+        } else if (key == "MASS" && i + 1 < tokens.size() && tokens.at(i + 1).getWord() == "SCALING") {
+            if (i + 2 >= tokens.size() || !tokens.at(i + 2).isANumber())
+                throw std::invalid_argument("MASS SCALING needs a target step: MASS SCALING <target step>");
+            const double target = tokens.at(i + 2).getNumber();
+            if (!(std::isfinite(target) && target > 0.0)) {
+                char text[64];
+                std::snprintf(text, sizeof text, "%g", target);
+                throw std::invalid_argument(
+                    std::string("The target step of MASS SCALING must be a positive finite number, not ") +
+                    text);
+            }
+            massScalingTarget = target;
             i += 3;
         } else if (key == "WRITER" && tokens.at(i + 1).getWord() == "TYPE") {
             if (!tokens.at(i + 2).isAWord()) throw std::invalid_argument("Wrong writer command");

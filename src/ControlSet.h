@@ -1,5 +1,6 @@
 // Time control of the analysis: end time, time step (0 selects the automatic
-// stable step), print interval and the print schedule.
+// stable step), print interval and the print schedule, and the target step of
+// mass scaling (0: no scaling).
 #pragma once
 
 #include "Token.h"
@@ -23,6 +24,9 @@ public:
     double getEndTime() const { return endTime; }
     double getStartTime() const { return startTime; }
     std::string getWriter() const { return writer; }
+    // MASS SCALING <target>: elements whose stable step is below the target
+    // get mass until it is reached; 0 when the phrase is not given.
+    double getMassScalingTarget() const { return massScalingTarget; }
 
 private:
     int printCount = 0;
@@ -30,6 +34,7 @@ private:
     double endTime = 0.0;
     double timeStep = 0.0;
     double printStep = 0.0;
+    double massScalingTarget = 0.0;
     bool runGiven = false;
     std::string writer = "VTK";
 };

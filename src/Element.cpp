@@ -16,6 +16,15 @@ void Element::runStep(double dt, double time, bool automaticStep, double& candid
     runStepAs(*this, dt, time, automaticStep, candidateStep);
 }
 
+double Element::scaleMass(double s) {
+    const double added = addLumpedMass(s - 1.0);
+    if (added > 0.0) {
+        massScale = s;
+        stepScale = std::sqrt(s);
+    }
+    return added;
+}
+
 std::string Element::printVTK(int what, int /*component*/) {
     if (what == vtkCellTypeLine) return vtkCellType + "\n";
     if (what == vtkCellLine) {

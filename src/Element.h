@@ -67,6 +67,9 @@ public:
     // element (nothing for an element without contact); called once, in
     // element order, before the initial conditions.
     virtual void attachContactSearch(ContactSearch& /*search*/) {}
+    // The contact surface whose facet this element's face is (SURFACE on its
+    // line), or nothing.
+    virtual std::string getSurfaceName() const { return {}; }
     // One element's share of an increment, in the loop's order: basis
     // update; strain then stress at every integration point; forces at
     // every point; external and contact forces; and, with an automatic
@@ -93,12 +96,31 @@ public:
         if (automaticStep) candidateStep = e.checkTimestep(candidateStep);
     }
 
+    // Mass scaling (CONTROLS MASS SCALING), done once after the initial
+    // conditions, before the first increment: scales the element's density
+    // by s, so that its nodes receive s - 1 times the lumped mass and
+    // rotational inertia the element gave them and its stable-step estimate
+    // grows by sqrt(s) from then on. Returns the mass added; an element that
+    // carries no mass (a contact element) takes none and keeps the scale 1.
+    double scaleMass(double s);
+    // The factor on the element's density: exactly 1 unless scaled.
+    double getMassScale() const { return massScale; }
+
     int getNumber() const { return number; }
     void setNumber(int n) { number = n; }
     int getNumberOfNodes() const { return numberOfNodes; }
     const std::vector<std::shared_ptr<Node>>& getNodes() const { return nodes; }
 
 protected:
+    // Adds `factor` times the lumped mass and rotational inertia that the
+    // element gives its nodes, from its initial geometry, and returns the mass
+    // added (factor times the element's mass); nothing for an element without
+    // mass.
+    virtual double addLumpedMass(double /*factor*/) { return 0.0; }
+    // A stable step of the unscaled element turned into the scaled one's; the
+    // step itself, without any arithmetic, while the scale is 1.
+    double scaledStep(double step) const { return massScale == 1.0 ? step : step * stepScale; }
+
     // Formats an element value for the result file: "%f", or "0.0" for
     // magnitudes of at most 1e-10 when zeroSmall is set.
     static std::string formatValue(double v, bool zeroSmall);
@@ -106,4 +128,8 @@ protected:
     int numberOfNodes;
     std::vector<std::shared_ptr<Node>> nodes;
     std::string vtkCellType;
+    // The density factor of mass scaling and its square root, the factor on
+    // the stable step.
+    double massScale = 1.0;
+    double stepScale = 1.0;
 };

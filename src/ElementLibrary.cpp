@@ -1,5 +1,6 @@
 #include "ElementLibrary.h"
 
+#include "ContactFacet.h"
 #include "ContactLine.h"
 #include "ContactTriangle.h"
 #include "Element.h"
@@ -16,6 +17,7 @@ std::shared_ptr<Element> ElementLibrary::getElementOstrel(std::string type) {
     if (type == "S3L_C0") return std::make_shared<S3L_C0>();
     if (type == "CONTACT_TRIANGLE") return std::make_shared<ContactTriangle>();
     if (type == "CONTACT_LINE") return std::make_shared<ContactLine>();
+    if (type == "CONTACT_FACET") return std::make_shared<ContactFacet>();
     throw std::invalid_argument("Element Type " + type + " is not recognized");
 }
 
@@ -43,4 +45,5 @@ void ElementLibrary::storeByKind(std::vector<std::shared_ptr<Element>>& elements
     storeKind<S3L_C0>(elements);
     storeKind<ContactTriangle>(elements);
     storeKind<ContactLine>(elements);
+    storeKind<ContactFacet>(elements);
 }

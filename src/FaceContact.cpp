@@ -16,6 +16,8 @@ bool FaceContact::readKeyword(const std::vector<Token>& tokens, std::size_t& i, 
             type = faceEdgeContact;
         else
             throw std::invalid_argument("Invalid CONTACT type");
+    } else if (key == "SURFACE" && tokens.at(i + 1).isAWord()) {
+        surface = tokens[i + 1].getWord();
     } else if (key == "FACTOR" && tokens.at(i + 1).isANumber()) {
         factor = tokens[i + 1].getFiniteNumber("FACTOR of " + std::string(kind) + " element " +
                                                std::to_string(number));

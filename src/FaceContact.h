@@ -44,6 +44,8 @@ public:
     void updateLocalCoordinateSystem();
     void computeContactForces();
 
+    // The contact surface the face belongs to (SURFACE), or nothing.
+    const std::string& getSurfaceName() const { return surface; }
     // A ContactKind.
     int getType() const { return type; }
     const std::shared_ptr<ContactTriangle>& getTriangle() const { return triangle; }
@@ -60,6 +62,7 @@ private:
     double friction = 0.0;
     bool factorSet = false;
     bool frictionSet = false;
+    std::string surface;
     std::shared_ptr<ContactTriangle> triangle;
     std::shared_ptr<ContactLine> line1, line2, line3;
 };

@@ -199,6 +199,21 @@ void Membrane3::assembleMassMatrix() {
     contact.assembleMassMatrix();
 }
 
+double Membrane3::addLumpedMass(double factor) {
+    // The lumping of assembleMassMatrix, for factor times the initial mass.
+    const double area = geometry.area();
+    const double m = factor * (material->getDensity() * area);
+    const double I = TriangleGeometry::nodalInertia(m, initialThickness, area);
+    TNT::Array2D<double> inertia(3, 3, 0.0);
+    for (int r = 0; r < 3; ++r)
+        inertia[r][r] = I;
+    for (int a = 0; a < 3; ++a) {
+        node(a).addMass(m / 3.0);
+        node(a).addInertia(inertia);
+    }
+    return m;
+}
+
 void Membrane3::setInitialConditions() {
     initialThickness = thickness;
     computeJacobian();
@@ -216,8 +231,8 @@ void Membrane3::setInitialConditions() {
 }
 
 double Membrane3::checkTimestep(double dt) {
-    const double critical =
-        TriangleGeometry::stableStep(node(0), node(1), node(2), geometry.area(), material->wavespeed2D());
+    const double critical = scaledStep(
+        TriangleGeometry::stableStep(node(0), node(1), node(2), geometry.area(), material->wavespeed2D()));
     // A step that is not a number (zero wave speed over zero altitude) leaves
     // the candidate unchanged.
     return critical < dt ? critical : dt;

@@ -20,8 +20,9 @@
 // unit area: m = rho A, lumped in thirds; each node also receives the
 // rotational inertia (m/3)(t^2/12 + A/12) on the diagonal. The stable step is
 // one tenth of the smallest altitude 2A / L_max over the material's 2D wave
-// speed. With CONTACT BASIC the face carries a contact triangle of thickness
-// t, with CONTACT EDGE also a contact line of radius t/2 on each edge.
+// speed, times sqrt(s) once mass scaling has scaled the density by s. With
+// CONTACT BASIC the face carries a contact triangle of thickness t, with
+// CONTACT EDGE also a contact line of radius t/2 on each edge.
 //
 // The element owns its state as plain arrays (frame, Jacobian, F, strain,
 // stress, forces) and hands them to the material by reference; copies are
@@ -58,6 +59,7 @@ public:
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
     void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }
+    std::string getSurfaceName() const override { return contact.getSurfaceName(); }
 
     // Area, frame and Jacobian of the current triangle.
     void computeJacobian();
@@ -79,6 +81,9 @@ public:
     const double (&getInternalForce() const)[9] { return internalForce; }
     const std::shared_ptr<ContactTriangle>& getContactTriangle() const { return contact.getTriangle(); }
     const std::shared_ptr<ContactLine>& getContactLine(int i) const;
+
+protected:
+    double addLumpedMass(double factor) override;
 
 private:
     // The three nodes, borrowed from `nodes` once they are known.

@@ -3,12 +3,15 @@
 #include "Amplitude.h"
 #include "Constraint.h"
 #include "ContactSearch.h"
+#include "ContactSurface.h"
 #include "ControlSet.h"
+#include "DeckParser.h"
 #include "Element.h"
 #include "ElementLibrary.h"
 #include "Load.h"
 #include "Logger.h"
 #include "LoggerLibrary.h"
+#include "MassScaling.h"
 #include "Material.h"
 #include "Node.h"
 #include "Reader.h"
@@ -83,6 +86,7 @@ void Model::initialize() {
         numberOfTrackers = reader->numberOfTrackers();
         numberOfLoads = reader->numberOfLoads();
         numberOfAmplitudes = reader->numberOfAmplitudes();
+        numberOfContactSurfaces = reader->numberOfContactSurfaces();
 
         reader->rewindFile();
         for (int i = 0; i < numberOfControls; ++i)
@@ -99,6 +103,16 @@ void Model::initialize() {
         reader->rewindFile();
         for (int i = 0; i < numberOfMaterials; ++i)
             materials.push_back(reader->getNextMaterial());
+        reader->rewindFile();
+        for (int i = 0; i < numberOfContactSurfaces; ++i) {
+            surfaces.push_back(reader->getNextContactSurface());
+            for (std::size_t k = 0; k + 1 < surfaces.size(); ++k)
+                if (surfaces[k]->getName() == surfaces.back()->getName())
+                    throw std::invalid_argument("Contact surface " + surfaces.back()->getName() +
+                                                " is defined twice: at line " +
+                                                std::to_string(surfaces[k]->getLine()) + " and at line " +
+                                                std::to_string(surfaces.back()->getLine()));
+        }
         reader->rewindFile();
         nodes.reserve(numberOfNodes);
         // The nodes live side by side in one block, in deck order, so that the
@@ -123,6 +137,21 @@ void Model::initialize() {
         elements.reserve(numberOfElements);
         for (int i = 0; i < numberOfElements; ++i) {
             auto e = reader->getNextElement(nodes, nodeMap, materials, loads);
+            const std::string surface = e->getSurfaceName();
+            if (!surface.empty()) {
+                std::shared_ptr<ContactSurface> found;
+                for (const auto& s : surfaces)
+                    if (s->getName() == surface) found = s;
+                if (!found) {
+                    try {
+                        throw DeckParser::notFound("Contact surface", surface);
+                    } catch (const std::exception&) {
+                        std::throw_with_nested(
+                            std::runtime_error("At line " + std::to_string(reader->getCurrentLine())));
+                    }
+                }
+                found->addFacet(*e);
+            }
             elements.push_back(e);
         }
         ElementLibrary::storeByKind(elements);
@@ -221,8 +250,6 @@ void Model::setInitialConditions() {
             a->setInitialConditions();
         for (auto& n : nodes)
             n->setInitialConditions();
-        for (auto& b : rigidBodies)
-            b->setInitialConditions();
 
         // The loop updates the nodes in the order of their initial x (which
         // also fixes the order in which the energies are summed).
@@ -236,12 +263,25 @@ void Model::setInitialConditions() {
         contactSearch = std::make_unique<ContactSearch>();
         for (auto& e : elements)
             e->attachContactSearch(*contactSearch);
+        for (auto& s : surfaces)
+            s->attachContactSearch(*contactSearch);
         for (auto& e : elements)
             e->setInitialConditions();
         if (contactSearch->isUsed()) contactSearch->update(nodes);
         for (auto& c : constraints)
             c->setInitialConditions();
         controlSet->setInitialConditions();
+        // MASS SCALING adds mass where an element's stable step is below the
+        // target, before the step is taken; its log section comes last.
+        MassScaling massScaling(controlSet->getMassScalingTarget());
+        for (auto& b : rigidBodies)
+            b->noteMemberMasses();
+        massScaling.apply(elements, nodes);
+        // A body takes the mass scaling gave its members, then its state at rest.
+        for (auto& b : rigidBodies) {
+            b->takeAddedMass();
+            b->setInitialConditions();
+        }
 
         if (controlSet->getTimeStep() == 0.0) {
             automaticTimeStep = true;
@@ -262,6 +302,7 @@ void Model::setInitialConditions() {
         }
 
         checkNodeNumbering();
+        setUpContactSurfaces();
         writer->initializeWriter(nodes, elements);
         for (auto& t : trackers) {
             t->initializeTracker();
@@ -275,9 +316,30 @@ void Model::setInitialConditions() {
         logger->writeList("Ouput type: " + writer->getType(), 0);
         logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
         logger->newLine();
+        massScaling.writeLog(*logger);
     } catch (const std::exception& e) {
         logger->writeError(failureText(e), "setInitialConditions() method");
         std::throw_with_nested(std::runtime_error(" --> Initial conditions method"));
+    }
+}
+
+void Model::setUpContactSurfaces() {
+    if (surfaces.empty()) return;
+    std::vector<char> onRigidBody(nodes.size(), 0);
+    // Indexed by node number - 1 (the numbering is checked before).
+    for (const auto& n : nodes)
+        if (n->getRigidBody()) onRigidBody[static_cast<std::size_t>(n->getNumber() - 1)] = 1;
+    logger->writeList("Contact surfaces: " + std::to_string(surfaces.size()), 0);
+    for (auto& s : surfaces) {
+        try {
+            s->setInitialConditions(nodes, nodeMap, elementMap, onRigidBody);
+        } catch (const std::exception&) {
+            std::throw_with_nested(std::runtime_error("At line " + std::to_string(s->getLine())));
+        }
+        logger->writeList(s->getName() + ": " + std::to_string(s->getNumberOfFacets()) + " facets, " +
+                              (s->getKind() == ContactSurface::Kind::Solid ? "SOLID" : "SHELL") +
+                              ", acts on " + std::to_string(s->getNumberOfActingNodes()) + " nodes",
+                          1);
     }
 }
 
@@ -311,6 +373,9 @@ void Model::step(double& candidateStep, bool clearForces) {
         if (i + elementsAhead < elementCount) elements[i + elementsAhead]->prefetchForStep();
         elements[i]->runStep(dt, currentTime, automaticTimeStep, candidateStep);
     }
+    // Named contact surfaces push each node once, after the elements' own contact.
+    for (auto& s : surfaces)
+        s->computeContactForces(dt);
     // A body's members hand their forces to its reference node, which moves
     // them after its own update.
     for (auto& b : rigidBodies)

@@ -20,6 +20,7 @@ class Amplitude;
 class Writer;
 class Logger;
 class ContactSearch;
+class ContactSurface;
 class RigidBody;
 
 class Model {
@@ -42,6 +43,7 @@ public:
     const std::vector<std::shared_ptr<Node>>& getNodes() const { return nodes; }
     const std::vector<std::shared_ptr<Element>>& getElements() const { return elements; }
     const std::unordered_map<int, std::shared_ptr<Node>>& getNodeMap() const { return nodeMap; }
+    const std::vector<std::shared_ptr<ContactSurface>>& getContactSurfaces() const { return surfaces; }
     const std::vector<std::shared_ptr<RigidBody>>& getRigidBodies() const { return rigidBodies; }
     double getTimeStep() const { return timeStep; }
     double getCurrentTime() const { return currentTime; }
@@ -62,12 +64,15 @@ public:
 
 private:
     void checkNodeNumbering();
+    // Decides which nodes each contact surface acts on and reports it in the log.
+    void setUpContactSurfaces();
 
     std::filesystem::path inputPath;
     int id;
     std::shared_ptr<Reader> reader;
     int numberOfConstraints = 0, numberOfElements = 0, numberOfNodes = 0, numberOfMaterials = 0,
-        numberOfControls = 0, numberOfTrackers = 0, numberOfLoads = 0, numberOfAmplitudes = 0;
+        numberOfControls = 0, numberOfTrackers = 0, numberOfLoads = 0, numberOfAmplitudes = 0,
+        numberOfContactSurfaces = 0;
     std::unique_ptr<ControlSet> controlSet;
     // Declared before the elements, so that it outlives the contact elements that use it.
     std::unique_ptr<ContactSearch> contactSearch;
@@ -75,6 +80,7 @@ private:
     std::shared_ptr<std::vector<Node>> nodeBlock;
     std::vector<std::shared_ptr<Node>> nodes;
     std::vector<std::shared_ptr<Element>> elements;
+    std::vector<std::shared_ptr<ContactSurface>> surfaces;
     std::vector<std::shared_ptr<Material>> materials;
     std::vector<std::shared_ptr<Constraint>> constraints;
     std::vector<std::shared_ptr<Load>> loads;

@@ -4,6 +4,7 @@
 #include "AmplitudeLibrary.h"
 #include "Constraint.h"
 #include "ConstraintLibrary.h"
+#include "ContactSurface.h"
 #include "ControlSet.h"
 #include "Element.h"
 #include "ElementLibrary.h"
@@ -22,9 +23,9 @@
 #include <stdexcept>
 
 OstrelReader::OstrelReader()
-    : blockKeywords{"TITLE",        "CONTROLS",   "ELEMENTS",    "NODES",  "LOADS",
-                    "CONSTRAINTS",  "MATERIALS",  "TRACKERS",    "GROUPS", "GEOMETRY",
-                    "TEMPERATURES", "AMPLITUDES", "RIGID_BODIES"},
+    : blockKeywords{"TITLE",        "CONTROLS",   "ELEMENTS",         "NODES",       "LOADS",
+                    "CONSTRAINTS",  "MATERIALS",  "TRACKERS",         "GROUPS",      "GEOMETRY",
+                    "TEMPERATURES", "AMPLITUDES", "CONTACT_SURFACES", "RIGID_BODIES"},
       delimiters(" ,\t=[]") {}
 
 int OstrelReader::componentCounter(const std::string& keyword) {
@@ -252,6 +253,22 @@ OstrelReader::getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>
         tokens.erase(tokens.begin());
         tracker->parseOstrel(tokens, nodesByNumber, elementsByNumber);
         return tracker;
+    } catch (const std::exception&) {
+        std::throw_with_nested(std::runtime_error(lineText()));
+    }
+}
+
+std::shared_ptr<ContactSurface> OstrelReader::getNextContactSurface() {
+    std::vector<Token> tokens;
+    if (!nextDataLine({"CONTACT_SURFACES", nullptr, false, nullptr}, tokens))
+        throw missingLine("CONTACT_SURFACES", "a name");
+    try {
+        auto surface = std::make_shared<ContactSurface>();
+        surface->setName(tokens.front().getWord());
+        surface->setLine(currentLine);
+        tokens.erase(tokens.begin());
+        surface->parseOstrel(tokens);
+        return surface;
     } catch (const std::exception&) {
         std::throw_with_nested(std::runtime_error(lineText()));
     }

@@ -28,6 +28,7 @@ public:
     std::shared_ptr<Tracker>
     getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
                    const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) override;
+    std::shared_ptr<ContactSurface> getNextContactSurface() override;
     std::shared_ptr<RigidBody>
     getNextRigidBody(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber) override;
     void getControlSet(std::unique_ptr<ControlSet>& controlSet) override;
@@ -40,6 +41,7 @@ public:
     int numberOfTrackers() override { return componentCounter("TRACKERS"); }
     int numberOfLoads() override { return componentCounter("LOADS"); }
     int numberOfAmplitudes() override { return componentCounter("AMPLITUDES"); }
+    int numberOfContactSurfaces() override { return componentCounter("CONTACT_SURFACES"); }
     int numberOfRigidBodies() override { return componentCounter("RIGID_BODIES"); }
 
     int componentCounter(const std::string& keyword);

@@ -18,6 +18,7 @@ class Amplitude;
 class Tracker;
 class ControlSet;
 class Writer;
+class ContactSurface;
 class RigidBody;
 
 class Reader : public IOFile {
@@ -41,6 +42,7 @@ public:
     virtual std::shared_ptr<Tracker>
     getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
                    const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) = 0;
+    virtual std::shared_ptr<ContactSurface> getNextContactSurface() = 0;
     virtual std::shared_ptr<RigidBody>
     getNextRigidBody(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber) = 0;
     virtual void getControlSet(std::unique_ptr<ControlSet>& controlSet) = 0;
@@ -53,6 +55,7 @@ public:
     virtual int numberOfTrackers() = 0;
     virtual int numberOfLoads() = 0;
     virtual int numberOfAmplitudes() = 0;
+    virtual int numberOfContactSurfaces() = 0;
     virtual int numberOfRigidBodies() = 0;
 
     void countNbrOfLines();

@@ -134,21 +134,29 @@ void RigidBody::parseOstrel(const std::vector<Token>& tokens,
             " has no nodes: NODES must list at least one node besides the reference node");
 }
 
+RigidBody::Share RigidBody::share(const Node& member) const {
+    const Node::Vec3 x0 = reference->getPos(), x = member.getPos();
+    const double r[3] = {x[0] - x0[0], x[1] - x0[1], x[2] - x0[2]};
+    const double rr = r[0] * r[0] + r[1] * r[1] + r[2] * r[2];
+    const double m = member.getMass();
+    const Node::Matrix3 own = member.getInertia();
+    Share s;
+    s.mass = m;
+    for (int a = 0; a < 3; ++a)
+        for (int b = 0; b < 3; ++b)
+            s.inertia[3 * a + b] = own[a][b] + m * ((a == b ? rr : 0.0) - r[a] * r[b]);
+    return s;
+}
+
 void RigidBody::assembleMassMatrix() {
     Node& ref = *reference;
-    const Node::Vec3 x0 = ref.getPos();
     double added = mass;
     double J[9] = {inertia[0], 0, 0, 0, inertia[1], 0, 0, 0, inertia[2]};
     for (const auto& member : members) {
-        const double m = member->getMass();
-        const Node::Vec3 x = member->getPos();
-        const double r[3] = {x[0] - x0[0], x[1] - x0[1], x[2] - x0[2]};
-        const double rr = r[0] * r[0] + r[1] * r[1] + r[2] * r[2];
-        const Node::Matrix3 own = member->getInertia();
-        for (int a = 0; a < 3; ++a)
-            for (int b = 0; b < 3; ++b)
-                J[3 * a + b] += own[a][b] + m * ((a == b ? rr : 0.0) - r[a] * r[b]);
-        added += m;
+        const Share s = share(*member);
+        for (int k = 0; k < 9; ++k)
+            J[k] += s.inertia[k];
+        added += s.mass;
     }
     ref.addMass(added);
     ref.addInertia(TNT::Array2D<double>(3, 3, J));
@@ -179,6 +187,28 @@ void RigidBody::checkCanMove() const {
             throw std::invalid_argument("Rigid body " + name + " is free to rotate about " + axisName[k] +
                                         " but has no rotational inertia about it: give it INERTIA <Ixx> "
                                         "<Iyy> <Izz>, or prescribe the rotation");
+}
+
+void RigidBody::noteMemberMasses() {
+    noted.clear();
+    for (const auto& member : members)
+        noted.push_back(share(*member));
+}
+
+void RigidBody::takeAddedMass() {
+    double added = 0.0, J[9] = {};
+    for (std::size_t i = 0; i < members.size() && i < noted.size(); ++i) {
+        const Share now = share(*members[i]);
+        added += now.mass - noted[i].mass;
+        for (int k = 0; k < 9; ++k)
+            J[k] += now.inertia[k] - noted[i].inertia[k];
+    }
+    if (added == 0.0) return;
+    Node& ref = *reference;
+    ref.addMass(added);
+    ref.addInertia(TNT::Array2D<double>(3, 3, J));
+    ref.determineMassMatrix();
+    bodyMass = ref.getMass();
 }
 
 void RigidBody::setInitialConditions() {

@@ -35,6 +35,10 @@ public:
     // Adds the body's mass and inertia to the reference node (after the
     // elements gave the nodes theirs); refuses a body that cannot move.
     void assembleMassMatrix();
+    // Mass scaling may add mass to the members' elements: the body notes its
+    // members' masses and inertias before and takes what they gained after.
+    void noteMemberMasses();
+    void takeAddedMass();
     // Takes the members' offsets from the reference node and the body's
     // inertia at rest, and gives the members the body's initial velocity.
     void setInitialConditions();
@@ -62,6 +66,13 @@ private:
     std::vector<std::shared_ptr<Node>> members;
     // X_i - X_ref at rest, one per member.
     std::vector<Vec3> offsets;
+    // A member's share of the reference node's mass and inertia, as noted.
+    struct Share {
+        double mass;
+        double inertia[9];
+    };
+    Share share(const Node& member) const;
+    std::vector<Share> noted;
     double mass = 0.0;
     double inertia[3] = {0.0, 0.0, 0.0};
     double bodyMass = 0.0;

@@ -164,6 +164,20 @@ void Rod2::assembleMassMatrix() {
     if (contactType == faceEdgeContact) contactLine->assembleMassMatrix();
 }
 
+double Rod2::addLumpedMass(double factor) {
+    // The lumping of assembleMassMatrix, for factor times the initial mass.
+    const double m = factor * (material->getDensity() * initialArea * initialLength);
+    const double I = std::max(m * initialLength * initialLength / 12.0, m * diameter * diameter * 0.125);
+    TNT::Array2D<double> inertia(3, 3, 0.0);
+    for (int r = 0; r < 3; ++r)
+        inertia[r][r] = I;
+    for (Node* n : {node1, node2}) {
+        n->addMass(m * 0.5);
+        n->addInertia(inertia);
+    }
+    return m;
+}
+
 void Rod2::setInitialConditions() {
     material = material->copyMat();
     material->setInitialConditions(frame().basis());
@@ -173,7 +187,7 @@ void Rod2::setInitialConditions() {
 }
 
 double Rod2::checkTimestep(double dt) {
-    const double criticalStep = elementLength() / barSpeed;
+    const double criticalStep = scaledStep(elementLength() / barSpeed);
     if (std::isnan(criticalStep)) return dt;
     return std::min(criticalStep, dt);
 }

@@ -7,7 +7,8 @@
 //   Mass:   m = rho A0 L0, half lumped on each node; each node also receives
 //           the full rotational inertia I = max(m L0^2/12, m D^2/8) on its
 //           diagonal. The material's DAMPING goes to the nodes.
-//   Step:   the critical step is L / c with c = sqrt(E/rho).
+//   Step:   the critical step is L / c with c = sqrt(E/rho); mass scaling by
+//           s (density s rho) multiplies it by sqrt(s).
 // With CONTACT EDGE the rod creates a contact line along its axis with the
 // radius D/2.
 // The rod keeps only its axial values and axis as plain members; the
@@ -69,6 +70,9 @@ public:
     // (eps, 0, 0, 0, 0, 0) and (sigma, 0, 0, 0, 0, 0).
     std::array<double, 6> getStrain() const { return {axialStrain, 0.0, 0.0, 0.0, 0.0, 0.0}; }
     std::array<double, 6> getStress() const { return {axialStress, 0.0, 0.0, 0.0, 0.0, 0.0}; }
+
+protected:
+    double addLumpedMass(double factor) override;
 
 private:
     // The frame through the origin, the axis d and the point (d3, -d1, d2).

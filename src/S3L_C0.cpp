@@ -316,6 +316,20 @@ void S3L_C0::assembleMassMatrix() {
     contact.assembleMassMatrix();
 }
 
+double S3L_C0::addLumpedMass(double factor) {
+    // The lumping of assembleMassMatrix, for factor times the initial mass.
+    const double m = factor * (material->getDensity() * area);
+    const double I = TriangleGeometry::nodalInertia(m, thickness, area);
+    TNT::Array2D<double> inertia(3, 3, 0.0);
+    for (int i = 0; i < 3; ++i)
+        inertia[i][i] = I;
+    for (int a = 0; a < 3; ++a) {
+        node(a).addMass(m / 3.0);
+        node(a).addInertia(inertia);
+    }
+    return m;
+}
+
 void S3L_C0::setUpIntegration() {
     // Counts above 5 have no table: their points lie at the mid-surface with
     // zero weight, alike in every step, and carry nothing; one such point
@@ -376,7 +390,7 @@ void S3L_C0::setInitialConditions() {
 
 double S3L_C0::checkTimestep(double dt) {
     const double critical =
-        TriangleGeometry::stableStep(node(0), node(1), node(2), area, material->wavespeed2D());
+        scaledStep(TriangleGeometry::stableStep(node(0), node(1), node(2), area, material->wavespeed2D()));
     return critical < dt ? critical : dt;
 }
 

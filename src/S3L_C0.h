@@ -23,7 +23,8 @@
 // element; the nodes receive the negated values in global axes.
 //
 // Mass: m = rho A (rho taken per unit area) lumped in thirds, rotational inertia
-// (m/3)(t^2/12 + A/12) about each axis. Stable step 0.1 (2A/Lmax)/c.
+// (m/3)(t^2/12 + A/12) about each axis. Stable step 0.1 (2A/Lmax)/c, times
+// sqrt(s) once mass scaling has scaled the density by s.
 //
 // The element owns its state as plain arrays: the frame, the matrices, the
 // rates and one Point (z, weight, strain increment, stress, accumulated
@@ -75,6 +76,7 @@ public:
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
     void attachContactSearch(ContactSearch& search) override { contact.attachContactSearch(search); }
+    std::string getSurfaceName() const override { return contact.getSurfaceName(); }
     void runStep(double dt, double time, bool automaticStep, double& candidateStep) override;
 
     // Reads the nodes' positions and velocities into the local frame, refreshes A.
@@ -105,6 +107,9 @@ public:
     std::shared_ptr<Load> getLoad() const { return load; }
     std::shared_ptr<ContactTriangle> getContactTriangle() const { return contact.getTriangle(); }
     std::shared_ptr<ContactLine> getContactLine(int i) const;
+
+protected:
+    double addLumpedMass(double factor) override;
 
 private:
     void setUpIntegration();

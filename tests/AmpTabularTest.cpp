@@ -43,17 +43,3 @@ TEST(AmpTabularTest, PiecewiseLinearInTimeOrderZeroOutsideAndSearchedForwardOnly
             EXPECT_DOUBLE_EQ(a->at(t), value) << c.values << " at " << t;
     }
 }
-
-TEST(AmpTabularTest, CopyKeepsNameButNotTheTable) {
-    auto a = table("0 0 1 10", "SOURCE");
-    auto c = a->copyAmp();
-    ASSERT_NE(c.get(), a.get());
-    EXPECT_EQ(c->getName(), "SOURCE");
-    EXPECT_EQ(c->at(0.5), 0.0);
-    // Without a table of its own the copy cannot be initialised.
-    EXPECT_THROW(c->setInitialConditions(), std::invalid_argument);
-    c->parseOstrel(testutil::tokens("VALUES 0 4 2 8"));
-    c->setInitialConditions();
-    EXPECT_DOUBLE_EQ(c->at(1.0), 6.0);
-    EXPECT_DOUBLE_EQ(a->at(0.5), 5.0);
-}

@@ -20,36 +20,6 @@ struct UnitLine : ::testing::Test {
 
 } // namespace
 
-// The messages of bad contact-line lines are kept as deck files.
-TEST_F(UnitLine, AttachedOnceAndWrittenAsALineCell) {
-    // A line attached twice is searched once.
-    auto line = s.make<ContactLine>("NODES 2 1", false);
-    line->attachContactSearch(s.search);
-    line->setInitialConditions();
-    EXPECT_EQ(s.search.getNumberOfLines(), 1);
-    EXPECT_EQ(line->printVTK(0, 0), "3\n");
-    EXPECT_EQ(line->printVTK(1, 0), "2\t2\t1\n");
-    for (int code : {100, 200, 201})
-        EXPECT_EQ(line->printVTK(code, 3), "0.0");
-    EXPECT_EQ(line->checkTimestep(2.5), 2.5);
-}
-
-TEST_F(UnitLine, RadiusHandedOverAsSixDecimalText) {
-    // A rod of diameter 0.002 hands over its radius as six-decimal text; a
-    // diameter of 0.0000008 becomes a radius of zero, and such a line touches
-    // nothing, not even a node right on its axis.
-    auto line = make("NODES 2 1 R " + std::to_string(0.002 * 0.5) + " FACTOR " + std::to_string(7.5));
-    EXPECT_DOUBLE_EQ(line->getRadius(), 0.001);
-    EXPECT_EQ(line->getFactor(), 7.5);
-    auto thin = make("NODES 1 2 R " + std::to_string(0.0000004));
-    EXPECT_EQ(thin->getRadius(), 0.0);
-    auto onAxis = s.add(0.5, 0, 0);
-    s.rebin();
-    EXPECT_FALSE(thin->checkContact(onAxis));
-    thin->computeContactForces();
-    EXPECT_EQ(onAxis->getZContactForce(), 0.0);
-}
-
 TEST_F(UnitLine, ForceFallsLinearlyFromFactorOnTheAxisToZeroAtTheRadius) {
     auto n = s.add(0.5, 0, 0.5);
     s.rebin();
@@ -86,7 +56,7 @@ TEST_F(UnitLine, NodeBeyondAnEndIsMeasuredToThatEndButSharedByTheRawPosition) {
     expectForce(b, -1.2 * f * ux, 0, -1.2 * f * uz);
 }
 
-TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAreLeftAlone) {
+TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAndLinesOfNoRadiusAreLeftAlone) {
     auto far = s.add(0.5, 0, 0.51);
     auto sideways = s.add(0.5, 0.6, 0); // outside the y box
     auto behind = s.add(-0.6, 0, 0);    // outside the x range
@@ -97,36 +67,67 @@ TEST_F(UnitLine, NodesOutsideTheRadiusOrTheBoxAreLeftAlone) {
         expectForce(node, 0, 0, 0, 0.0);
     for (const auto& node : {far, sideways, behind})
         EXPECT_FALSE(line->checkContact(node.get()));
+    // A line of no radius (a rod thinner than the six decimals of its radius
+    // text) touches nothing, not even a node on its axis.
+    auto onAxis = s.add(0.5, 0, 0);
+    s.rebin();
+    auto thin = make("NODES 1 2 R 0");
+    EXPECT_FALSE(thin->checkContact(onAxis));
+    thin->computeContactForces();
+    EXPECT_EQ(onAxis->getZContactForce(), 0.0);
 }
 
 TEST(ContactLineMechanics, CrossingSegmentsArePushedApartOnce) {
-    NodeSet s;
-    auto a = s.add(0, 0, 0), b = s.add(1, 0, 0);
-    auto c = s.add(0.25, -1, 0.3), d = s.add(0.25, 1, 0.3);
-    s.rebin();
-    auto first = s.make<ContactLine>("NODES 1 2 R 0.5 FACTOR 10");
-    auto second = s.make<ContactLine>("NODES 3 4 R 0.35 FACTOR 20");
-    ASSERT_TRUE(first->checkContact(second.get()));
-    EXPECT_NEAR(first->getContactParameters()[0], 0.25, 1e-15);
-    EXPECT_NEAR(first->getContactParameters()[1], 0.5, 1e-15);
-    EXPECT_NEAR(first->getContactParameters()[2], 0.3, 1e-15);
-    EXPECT_NEAR(first->getDirection()[2], 1.0, 1e-15);
-    // Both nodes of the second line are candidates of the first; the pair is
-    // still pushed once: f = 10 (1 - 0.3/0.5) = 4 along +z.
-    first->computeContactForces();
-    expectForce(a, 0, 0, -3);
-    expectForce(b, 0, 0, -1);
-    expectForce(c, 0, 0, 2);
-    expectForce(d, 0, 0, 2);
-    // The second line acts with its own radius and factor on the same pair:
-    // f = 20 (1 - 0.3/0.35), at t = 0.5 on itself and s = 0.25 on the first.
-    s.clearForces();
-    second->computeContactForces();
-    const double f = 20 * (1 - 0.3 / 0.35);
-    expectForce(a, 0, 0, -0.75 * f);
-    expectForce(b, 0, 0, -0.25 * f);
-    expectForce(c, 0, 0, 0.5 * f);
-    expectForce(d, 0, 0, 0.5 * f);
+    // The lines reach each other's nodes along x (0 and 0.25 lie in both x
+    // ranges), so both searches find the pair; the line registered first acts,
+    // with its own radius and factor, and the other leaves the pair alone.
+    for (bool firstRegisteredFirst : {true, false}) {
+        NodeSet s;
+        auto a = s.add(0, 0, 0), b = s.add(1, 0, 0);
+        auto c = s.add(0.25, -1, 0.3), d = s.add(0.25, 1, 0.3);
+        std::shared_ptr<ContactLine> first, second;
+        if (firstRegisteredFirst) first = s.make<ContactLine>("NODES 1 2 R 0.5 FACTOR 10");
+        second = s.make<ContactLine>("NODES 3 4 R 0.35 FACTOR 20");
+        if (!firstRegisteredFirst) first = s.make<ContactLine>("NODES 1 2 R 0.5 FACTOR 10");
+        ASSERT_TRUE(first->checkContact(second.get()));
+        EXPECT_NEAR(first->getContactParameters()[0], 0.25, 1e-15);
+        EXPECT_NEAR(first->getContactParameters()[1], 0.5, 1e-15);
+        EXPECT_NEAR(first->getContactParameters()[2], 0.3, 1e-15);
+        EXPECT_NEAR(first->getDirection()[2], 1.0, 1e-15);
+        ASSERT_TRUE(first->findsLine(*second) && second->findsLine(*first));
+        first->computeContactForces();
+        second->computeContactForces();
+        // f = 10 (1 - 0.3/0.5) = 4 along +z from the first line, or
+        // 20 (1 - 0.3/0.35) from the second, at s = 0.25 and t = 0.5.
+        const double f = firstRegisteredFirst ? 4.0 : 20 * (1 - 0.3 / 0.35);
+        expectForce(a, 0, 0, -0.75 * f);
+        expectForce(b, 0, 0, -0.25 * f);
+        expectForce(c, 0, 0, 0.5 * f);
+        expectForce(d, 0, 0, 0.5 * f);
+    }
+}
+
+TEST(ContactLineMechanics, ACrossingActsOnceWhateverItsAngleAboutZ) {
+    // Two lines of half-length 2 crossing at right angles over the z axis,
+    // 0.3 apart, R 0.5, FACTOR 10, turned together about z: whichever line's
+    // search finds the pair (the first at 0 and 30 degrees, the second at 60
+    // and 90, both at 45), each node takes half of f = 10 (1 - 0.3/0.5) = 4.
+    for (double degrees : {0.0, 30.0, 45.0, 60.0, 90.0}) {
+        const double c = std::cos(degrees * M_PI / 180), sn = std::sin(degrees * M_PI / 180);
+        NodeSet s;
+        auto a0 = s.add(-2 * c, -2 * sn, 0), a1 = s.add(2 * c, 2 * sn, 0);
+        auto b0 = s.add(2 * sn, -2 * c, 0.3), b1 = s.add(-2 * sn, 2 * c, 0.3);
+        auto lower = s.make<ContactLine>("NODES 1 2 R 0.5 FACTOR 10");
+        auto upper = s.make<ContactLine>("NODES 3 4 R 0.5 FACTOR 10");
+        EXPECT_EQ(lower->findsLine(*upper), degrees <= 45.0) << degrees;
+        EXPECT_EQ(upper->findsLine(*lower), degrees >= 45.0) << degrees;
+        lower->computeContactForces();
+        upper->computeContactForces();
+        for (const auto& n : {a0, a1})
+            expectForce(n, 0, 0, -2.0);
+        for (const auto& n : {b0, b1})
+            expectForce(n, 0, 0, 2.0);
+    }
 }
 
 TEST(ContactLineMechanics, SharedNodesMissesAndParallelsDoNotTouch) {

@@ -127,19 +127,3 @@ TEST(HyperTextileWaveSpeed, UsesTheLargerLeadingTensionCoefficient) {
     auto m = fabric("RHO 2E-9 WARPORI 1 0 0 WEFTORI 0 1 0 KSHEAR 1000 KELONGWARP 50 9000 KELONGWEFT 80 1");
     EXPECT_DOUBLE_EQ(m->wavespeed2D(), std::sqrt(80 / 2e-9));
 }
-
-TEST(HyperTextileCopy, CopiesOwnTheirYarnsAndLists) {
-    auto original = fabric("RHO 1 KSHEAR 1 KELONGWARP 10 KELONGWEFT 20 WARPORI 1 0 0 WEFTORI 0 1 0");
-    auto copy = std::dynamic_pointer_cast<HyperTextile>(original->copyMat());
-    ASSERT_TRUE(copy);
-    ASSERT_NE(copy.get(), original.get());
-    // A second element whose plane is turned by 90 degrees about the normal.
-    const Frame turned{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
-    copy->parseOstrel(mattest::tokens("KSHEAR 2 WARPORI 0 5 0"));
-    copy->setInitialConditions(turned.e);
-    EXPECT_EQ(copy->getWeftTensor()[0][0], 1.0);
-    EXPECT_EQ(original->getKShear(), std::vector<double>{1.0});
-    // The original still answers with its own yarns: warp along local 1.
-    const Result r = stressOf(*original, mat2(1.2, 0, 0, 1));
-    EXPECT_NEAR(r.stress[0], 2 * 10 * std::log(1.2) / 1.2, 1e-12);
-}

@@ -1,5 +1,5 @@
 // The membrane triangle: with a stub law of fixed stress its mass, stable step,
-// constant-strain forces, equilibrium, pressure, output and contact; with the
+// constant-strain forces, equilibrium, pressure and contact; with the
 // real laws the yarn tension of a textile sheet stretched along the warp, no
 // stress under rigid rotation for the textile and Ogden laws, and the elastic
 // law driven by the components of F. Deck-line mistakes are whole decks under
@@ -8,7 +8,6 @@
 #include "Membrane3.h"
 #include "ContactFixtures.h"
 #include "ContactLine.h"
-#include "ContactTriangle.h"
 #include "MaterialLibrary.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +31,7 @@ struct StubLaw : Material {
         density = rho;
     }
     void parseOstrel(std::vector<Token>) override {}
-    void setInitialConditions(const double (&)[3][3]) override { ++initialised; }
+    void setInitialConditions(const double (&)[3][3]) override {}
     double wavespeed1D() override { return speed; }
     double wavespeed2D() override { return speed; }
     void computeStress1D(double&, double&, double&) override {}
@@ -48,7 +47,6 @@ struct StubLaw : Material {
 
     double speed;
     std::array<double, 4> s;
-    int initialised = 0;
 };
 
 std::shared_ptr<Material> law(const std::string& type, const std::string& params) {
@@ -262,47 +260,17 @@ TEST(Membrane3, PressureForcesArePressureTimesAreaOverThreeAlongTheNormal) {
     expectForces(m, {{0.5, 0, 0}, {0.5, 0, 0}, {0.5, 0, 0}});
 }
 
-// Strains print under 100, stresses under 200; values of at most 1e-10 as 0.0.
-TEST(Membrane3, ResultValuesOfAtMostOneTenthNanoPrintAsZero) {
-    Sheet m(std::make_shared<StubLaw>(1, 1, std::array<double, 4>{1e-10, -2.5, -1.1e-10, 1.0}));
-    auto e = m.element("1 2 3 T 1");
-    m.prepareAndStep();
-    EXPECT_EQ(e->printVTK(200, 0), "0.0");
-    EXPECT_EQ(e->printVTK(200, 1), "-2.500000");
-    EXPECT_EQ(e->printVTK(200, 3), "-0.000000");
-    EXPECT_EQ(e->printVTK(100, 0), "1.000000");
-}
-
-TEST(Membrane3, EachElementInitialisesItsOwnCopyOfTheMaterial) {
-    auto shared = std::make_shared<StubLaw>();
-    Sheet m(shared);
-    auto a = m.element("1 2 3", 1);
-    auto b = m.element("1 2 3", 2);
-    m.prepareAndStep();
-    EXPECT_NE(a->getMaterial(), shared);
-    EXPECT_NE(a->getMaterial(), b->getMaterial());
-    EXPECT_EQ(shared->initialised, 0);
-    EXPECT_EQ(std::static_pointer_cast<StubLaw>(a->getMaterial())->initialised, 1);
-}
-
-// Beyond what the contact forces below show: BASIC makes the face alone, the
-// face takes the friction, the edges run 1-2, 2-3 and 3-1, and their radius
-// travels as six-decimal text.
-TEST(Membrane3, ContactObjectsTakeFrictionEdgesAndTheRadiusAsText) {
+// Beyond what the contact forces below show: BASIC makes the face alone and
+// the edges run 1-2, 2-3 and 3-1.
+TEST(Membrane3, ContactObjectsAreTheFaceAndWithEdgeItsThreeEdges) {
     Sheet m;
-    auto basic = m.element("1 2 3 T 0.5 CONTACT BASIC", 3);
-    EXPECT_NE(basic->getContactTriangle(), nullptr);
-    EXPECT_EQ(basic->getContactLine(1), nullptr);
-    auto e = m.element("1 2 3 T 0.4 CONTACT EDGE FRICTION 0.1");
-    EXPECT_DOUBLE_EQ(e->getContactTriangle()->getFriction(), 0.1);
+    EXPECT_EQ(m.element("1 2 3 T 0.5 CONTACT BASIC", 3)->getContactLine(1), nullptr);
+    auto e = m.element("1 2 3 T 0.4 CONTACT EDGE");
     const int ends[3][2] = {{1, 2}, {2, 3}, {3, 1}};
     for (int i = 1; i <= 3; ++i) {
         EXPECT_EQ(e->getContactLine(i)->getNode(0)->getNumber(), ends[i - 1][0]);
         EXPECT_EQ(e->getContactLine(i)->getNode(1)->getNumber(), ends[i - 1][1]);
     }
-    auto thin = m.element("1 2 3 T 0.0000008 CONTACT EDGE", 2);
-    EXPECT_EQ(thin->getContactTriangle()->getThickness(), 0.000001);
-    EXPECT_EQ(thin->getContactLine(1)->getRadius(), 0.0);
 }
 
 TEST(Membrane3, ContactForcesComeFromTheFaceAndTheEdges) {
@@ -374,20 +342,13 @@ TEST(Membrane3Laws, ElasticLawReceivesTheComponentsOfF) {
     s.squareTriangles(0.5);
     auto& e = *s.elements[0];
     s.step();
-    EXPECT_NEAR(e.getStress()[0], k * (1.0 + nu), 1e-12);
-    EXPECT_NEAR(e.getStress()[1], k * (nu + 1.0), 1e-12);
-    EXPECT_EQ(e.getStress()[3], 0.0);
-    EXPECT_EQ(e.getThickness(), 0.0);
-    for (auto& n : s.list)
-        EXPECT_EQ(n->getXForce(), 0.0);
     s.step();
     EXPECT_NEAR(e.getStress()[0], 2.0 * k * (1.0 + nu), 1e-12);
-
+    EXPECT_NEAR(e.getStress()[1], 2.0 * k * (nu + 1.0), 1e-12);
+    EXPECT_EQ(e.getThickness(), 0.0);
     // A shear F = [[1, g], [0, 1]] of the first triangle: thickness g t0.
     const double g = 0.2;
     s.deform([&](const Point& x) { return Point{x[0] + g * x[1], x[1], 0.0}; });
     s.step();
-    EXPECT_NEAR(e.getStrain()[2], g, 1e-12);
     EXPECT_NEAR(e.getThickness(), g * 0.5, 1e-12);
-    EXPECT_NEAR(e.getStress()[0], 3.0 * k * (1.0 + nu), 1e-12);
 }

@@ -85,12 +85,3 @@ TEST(NodeMass, NodeWithoutElementsGetsTinyMassAndInertiaAndASingularInertiaIsRep
         EXPECT_STREQ(e.what(), "Rotational inertia of node 4 is singular");
     }
 }
-
-TEST(NodeForces, PositiveForceKeepsOnlyPositiveComponentsOfAllForces) {
-    Node n;
-    n.addInternalForce(-3.0, 2.0, 0.0);
-    n.addContactForce(1.0, -1.0, 0.0);
-    EXPECT_DOUBLE_EQ(n.getPositiveForce()[0], 1.0);
-    EXPECT_DOUBLE_EQ(n.getPositiveForce()[1], 2.0);
-    EXPECT_DOUBLE_EQ(n.getXForce(), -2.0);
-}

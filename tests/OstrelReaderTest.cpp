@@ -35,17 +35,3 @@ TEST(DeckCounts, SeveralBlocksOfOneKindAddUpAndCommentsAndBlanksDoNotCount) {
     EXPECT_EQ(numbers, (std::vector<int>{1, 2, 3}));
     EXPECT_EQ(r->getCurrentLine(), 11);
 }
-
-TEST(DeckCounts, NodesKeepTheirCoordinatesAndRewindStartsAgainAtLineOne) {
-    auto r = readerFor("coords", "NODES\n7 X 1.5 Y -2 Z 3E-1\n");
-    r->rewindFile();
-    auto n = r->getNextNode({}, {});
-    EXPECT_EQ(n->getNumber(), 7);
-    EXPECT_DOUBLE_EQ(n->getX_pos(), 1.5);
-    EXPECT_DOUBLE_EQ(n->getY_pos(), -2.0);
-    EXPECT_DOUBLE_EQ(n->getZ_pos(), 0.3);
-    r->rewindFile();
-    EXPECT_EQ(r->getCurrentLine(), 0);
-    EXPECT_EQ(r->getNextNode({}, {})->getNumber(), 7);
-    EXPECT_EQ(r->getCurrentLine(), 2);
-}

@@ -26,21 +26,6 @@ const char* const rodDeck = "CONTROLS\n"
 
 } // namespace
 
-TEST(Robustness, DeckExtensionsOtherThanTxtAreRefusedByTheReaderFactory) {
-    const fs::path dir = scratchDir("extensions");
-    for (const char* name : {"job.inp", "job.TXT", "job"}) {
-        const fs::path deck = writeFile(dir / name, rodDeck);
-        const RunResult r = runDrapex(deck);
-        EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(r.err, std::string(" --> Exception caught \n"
-                                     " --> Initialize method \n"
-                                     " --> Details: Extension") +
-                             deck.extension().string() + " is not recognized\n")
-            << name;
-        EXPECT_TRUE(contains(r.out, "\n Exit Drapex\n"));
-    }
-}
-
 TEST(Robustness, TrackerFileThatCannotBeOpenedIsReportedInTheLogAndTheRunGoesOn) {
     const fs::path dir = scratchDir("tracker_blocked");
     const fs::path deck = writeFile(dir / "blocked.txt", rodDeck);
@@ -61,16 +46,10 @@ TEST(Robustness, RefusedStepLeavesEveryNodeWhereItWas) {
     // Node 2 moves on its own: a step taken at all would show in its position.
     text.replace(text.find("2 X 1\n"), 6,
                  "2 X 1 CONSTRAINT PULL\nCONSTRAINTS TYPE BOUNDARY_CONDITION\nPULL VX 5\n");
+    // (The message is the golden decks/malformed/step_negative.)
     contact_test::QuietModel m("refused_step", text);
     double candidate = 90000.0;
-    try {
-        m->step(candidate);
-        FAIL() << "a negative step was taken";
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(),
-                     "Time step -0.001 does not advance the time from 0.000000: the run cannot reach "
-                     "its end time");
-    }
+    EXPECT_THROW(m->step(candidate), std::runtime_error);
     for (const auto& n : m->getNodes())
         EXPECT_EQ(n->getX_pos(), n->getNumber() == 1 ? 0.0 : 1.0);
     EXPECT_EQ(m->getCurrentTime(), 0.0);

@@ -45,7 +45,6 @@ public:
         }
         return Element::printVTK(what, c);
     }
-    static std::string format(double v) { return formatValue(v, false); }
 
     std::vector<std::pair<int, int>> calls;
 

@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <initializer_list>
 #include <memory>
 #include <regex>
 #include <sstream>
@@ -36,20 +35,12 @@ inline std::vector<Token> tokens(const std::string& text) {
     return out;
 }
 
-// The same, given word by word.
-inline std::vector<Token> tokens(std::initializer_list<const char*> words) {
-    std::vector<Token> out;
-    for (const char* w : words)
-        out.emplace_back(std::string(w));
-    return out;
-}
-
 // A tabular amplitude RAMP rising from 0 at time 0 to 1 at time 1, ready to use.
 inline std::vector<std::shared_ptr<Amplitude>> ramp() {
     auto a = std::make_shared<AmpTabular>();
     std::string name = "RAMP";
     a->setName(name);
-    a->parseOstrel(tokens({"VALUES", "0", "0", "1", "1"}));
+    a->parseOstrel(tokens("VALUES 0 0 1 1"));
     a->setInitialConditions();
     return {a};
 }

@@ -5,6 +5,7 @@
 #include "ElementTracker.h"
 #include "Node.h"
 #include "NodeTracker.h"
+#include "ResultReadBack.h"
 #include "StubElement.h"
 #include "TestUtil.h"
 
@@ -114,15 +115,8 @@ TEST_F(TrackerTest, NodeEachTypeAndDirectionReadsItsOwnNodalValue) {
         for (int d = 0; d < 3; ++d) {
             SCOPED_TRACE(std::string(c.type) + " " + "XYZ"[d]);
             make(std::string("NODES 1 2 DIRECTION ") + "XYZ"[d] + " TYPE " + c.type)->printCSV(0.5);
-            const auto lines = testutil::readLines(dir / "T.csv");
-            ASSERT_EQ(lines.size(), 1u);
-            double row[4] = {};
-            ASSERT_EQ(std::sscanf(lines[0].c_str(), "%lf, %lf, %lf, %lf", &row[0], &row[1], &row[2], &row[3]),
-                      4);
-            EXPECT_EQ(row[0], 0.5);
-            EXPECT_EQ(row[1], c.a[d]);
-            EXPECT_EQ(row[2], c.b[d]);
-            EXPECT_EQ(row[3], c.a[d] + c.b[d]);
+            EXPECT_EQ(readback::csvRows(dir / "T.csv"),
+                      (std::vector<std::vector<double>>{{0.5, c.a[d], c.b[d], c.a[d] + c.b[d]}}));
         }
     }
 }

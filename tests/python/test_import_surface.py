@@ -1,0 +1,301 @@
+"""tools/import_surface.py on small meshes written with meshio, and the
+hemisphere example's generator that is built on it.
+
+Run by CTest with /usr/bin/python3 (see test_tools.py); the tests skip,
+saying why, where numpy or meshio cannot be imported.
+"""
+import math
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+try:
+    import meshio
+    import numpy as np
+except ImportError:  # the skip below says so
+    meshio = np = None
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+TOOL = ROOT / "tools" / "import_surface.py"
+HEADERS = {"TITLE", "CONTROLS", "ELEMENTS", "NODES", "LOADS", "CONSTRAINTS", "MATERIALS", "TRACKERS",
+           "AMPLITUDES", "CONTACT_SURFACES", "RIGID_BODIES"}
+
+
+def run(*args, cwd=None):
+    return subprocess.run([sys.executable, str(TOOL), *map(str, args)], capture_output=True, text=True,
+                          stdin=subprocess.DEVNULL, cwd=cwd)
+
+
+def read_blocks(path):
+    """Nodes {n: (x, y, z)}, node words {n: {key: value}}, elements {type: {n: (nodes, words)}} and the
+    lines of the other blocks {keyword: [line, ...]}."""
+    nodes, node_words, elements, other = {}, {}, {}, {}
+    block = kind = ""
+    for line in pathlib.Path(path).read_text().splitlines():
+        words = line.split()
+        if not words or words[0].startswith("**"):
+            continue
+        if words[0] in HEADERS:
+            block, kind = words[0], (words[2] if len(words) > 2 else "")
+            continue
+        if block == "NODES":
+            n, x = int(words[0]), [0.0, 0.0, 0.0]
+            extra = {}
+            for key, value in zip(words[1::2], words[2::2]):
+                if key in ("X", "Y", "Z"):
+                    x["XYZ".index(key)] = float(value)
+                else:
+                    extra[key] = value
+            nodes[n], node_words[n] = tuple(x), extra
+        elif block == "ELEMENTS":
+            ids = [int(w) for w in words[2:5]]
+            elements.setdefault(kind, {})[int(words[0])] = (ids, words[5:])
+        else:
+            other.setdefault(block, []).append(line)
+    return nodes, node_words, elements, other
+
+
+def normal(nodes, ids):
+    a, b, c = (np.array(nodes[i]) for i in ids)
+    return np.cross(b - a, c - a)
+
+
+def directed_edges(facets):
+    return [(t[k], t[(k + 1) % 3]) for t in facets for k in range(3)]
+
+
+def height_field(nx, ny, origin, size, bump):
+    """Points and upward (counter-clockwise from +z) triangles of z = bump * sin(x) cos(y) over a grid."""
+    points, tris = [], []
+    for j in range(ny + 1):
+        for i in range(nx + 1):
+            x, y = origin[0] + size * i / nx, origin[1] + size * j / ny
+            points.append((x, y, bump * math.sin(x) * math.cos(y)))
+    for j in range(ny):
+        for i in range(nx):
+            a = j * (nx + 1) + i
+            tris += [(a, a + 1, a + nx + 2), (a, a + nx + 2, a + nx + 1)]
+    return np.array(points), np.array(tris)
+
+
+@unittest.skipIf(meshio is None, "numpy and meshio (Debian's python3-meshio) are needed")
+class ImportSurface(unittest.TestCase):
+    def setUp(self):
+        self.dir = pathlib.Path(tempfile.mkdtemp(prefix="drapex_import_"))
+        self.addCleanup(shutil.rmtree, self.dir, True)
+
+    def write(self, name, points, cells, **options):
+        path = self.dir / name
+        meshio.write(path, meshio.Mesh(np.asarray(points, dtype=float), cells), **options)
+        return path
+
+    def assert_refused(self, mesh, *words):
+        """The import of `mesh` fails with one line naming the file and containing `words`, and leaves the
+        output as it was and no temporary file."""
+        out = self.dir / "out.txt"
+        out.write_text("earlier blocks\n")
+        before = sorted(p.name for p in self.dir.iterdir())
+        r = run(mesh, "-o", out)
+        self.assertNotEqual(r.returncode, 0)
+        self.assertEqual(r.stdout, "")
+        self.assertEqual(len(r.stderr.splitlines()), 1, r.stderr)
+        self.assertTrue(r.stderr.startswith("import_surface: %s: " % mesh), r.stderr)
+        for word in words:
+            self.assertIn(word, r.stderr)
+        self.assertEqual(out.read_text(), "earlier blocks\n")
+        self.assertEqual(sorted(p.name for p in self.dir.iterdir()), before)
+        return r.stderr
+
+    def test_stl_and_obj_keep_their_facets_and_orientation_through_the_transform(self):
+        # An open box (no bottom), 10 x 10 x 10 around the origin's column, its faces outward: five quads.
+        corners = np.array([[x, y, z] for z in (0, 1) for y in (0, 1) for x in (0, 1)], dtype=float)
+        quads = np.array([[4, 5, 7, 6], [0, 1, 5, 4], [1, 3, 7, 5], [3, 2, 6, 7], [2, 0, 4, 6]])
+        tris = np.vstack([quads[:, [0, 1, 2]], quads[:, [0, 2, 3]]])
+        stl = self.write("box.stl", corners, [("triangle", tris)], binary=True)
+        obj = self.write("box.obj", corners, [("quad", quads)])
+
+        def placed(p):  # --scale 10 --rotate 0 0 90 --translate 1 2 3, by hand
+            return (1 - 10 * p[1], 2 + 10 * p[0], 3 + 10 * p[2])
+
+        for mesh in (stl, obj):
+            with self.subTest(mesh=mesh.name):
+                out = self.dir / (mesh.stem + mesh.suffix[1:] + ".txt")
+                r = run(mesh, "-o", out, "--name", "lid", "--scale", 10, "--rotate", 0, 0, 90, "--translate", 1, 2,
+                        3, "--first-node", 7, "--first-element", 20, "--type", "solid", "--t", 2, "--penalty", 0.2,
+                        "--friction", 0.1, "--reference", 1, 2, 13, "--constraint", "drive", "--mass", 0.5,
+                        "--inertia", 1, 2, 3)
+                self.assertEqual(r.returncode, 0, r.stderr)
+                self.assertEqual(r.stdout, "%s: nodes 7 to 15, elements 20 to 29 (reference node 15, "
+                                           "0 facets turned to match their neighbours)\n" % out)
+                nodes, words, elements, other = read_blocks(out)
+                self.assertEqual(sorted(nodes), list(range(7, 16)))  # 8 corners merged, then the reference
+                self.assertEqual(nodes[15], (1.0, 2.0, 13.0))
+                self.assertEqual(words[15], {"CONSTRAINT": "DRIVE"})
+                self.assertEqual(other["CONTACT_SURFACES"], ["LID TYPE SOLID T 2 PENALTY 0.2 FRICTION 0.1"])
+                self.assertEqual(other["RIGID_BODIES"], ["LID REFERENCE 15 NODES 7 TO 14 MASS 0.5 INERTIA 1 2 3"])
+                facets = elements["CONTACT_FACET"]
+                self.assertEqual(sorted(facets), list(range(20, 30)))
+                centre = np.array(placed((0.5, 0.5, 0.5)))
+                area = 0.0
+                for ids, tail in facets.values():
+                    self.assertEqual(tail, ["SURFACE", "LID"])
+                    n = normal(nodes, ids)
+                    area += 0.5 * np.linalg.norm(n)
+                    # outward: along the line from the box's centre to the facet's face centre
+                    middle = np.mean([nodes[i] for i in ids], axis=0)
+                    outward = middle - centre
+                    axis = np.argmax(np.abs(outward))
+                    expected = np.zeros(3)
+                    expected[axis] = np.sign(outward[axis])
+                    np.testing.assert_allclose(n / np.linalg.norm(n), expected, atol=1e-12)
+                self.assertAlmostEqual(area, 500.0, 9)
+                if mesh.suffix == ".stl":  # same corners in the same cyclic order as the file's triangles
+                    def cycle(t):
+                        k = t.index(min(t))
+                        return tuple(t[k:] + t[:k])
+
+                    expected = {cycle([tuple(round(v, 9) for v in placed(corners[i])) for i in t]) for t in tris}
+                    got = {cycle([tuple(round(v, 9) for v in nodes[i]) for i in ids]) for ids, _ in facets.values()}
+                    self.assertEqual(got, expected)
+
+    def test_flipped_facets_are_turned_part_by_part_to_face_the_given_point(self):
+        p1, t1 = height_field(6, 5, (0.0, 0.0), 3.0, 0.4)
+        p2, t2 = height_field(4, 4, (5.0, 0.0), 2.0, 0.3)
+        t2 = t2[:, [0, 2, 1]]  # the second part is written upside down as a whole,
+        t1[[5, 7, 8, 30]] = t1[[5, 7, 8, 30]][:, [0, 2, 1]]  # and a few facets of each are turned over
+        t2[[3, 5]] = t2[[3, 5]][:, [0, 2, 1]]
+        points = np.vstack([p1, p2])
+        tris = np.vstack([t1, t2 + len(p1)])
+        mesh = self.write("patches.vtu", points, [("triangle", tris)])
+        cases = (([], (+1, -1)), (["--facing", 4, 1, 50], (+1, +1)), (["--facing", 4, 1, 50, "--flip"], (-1, -1)))
+        for options, signs in cases:
+            with self.subTest(options=options):
+                out = self.dir / "patches.txt"
+                r = run(mesh, "-o", out, *options)
+                self.assertEqual(r.returncode, 0, r.stderr)
+                self.assertIn("(6 facets turned to match their neighbours", r.stdout)
+                nodes, _, elements, other = read_blocks(out)
+                self.assertEqual(other["CONTACT_SURFACES"], ["PATCHES"])
+                facets = [ids for ids, _ in elements["CONTACT_FACET"].values()]
+                self.assertEqual(len(facets), len(tris))
+                edges = directed_edges(facets)
+                self.assertEqual(len(set(edges)), len(edges))  # no edge run twice the same way
+                for ids in facets:
+                    second = nodes[ids[0]][0] > 4.0
+                    self.assertEqual(np.sign(normal(nodes, ids)[2]), signs[second])
+
+        # The same for a blank of membranes, which carries its material, thickness and surface.
+        out = self.dir / "blank.txt"
+        r = run(mesh, "-o", out, "--blank", "membrane_3", "--material", "fabric", "--thickness", 0.5, "--surface",
+                "ply", "--type", "SHELL", "--t", 0.5, "--facing", 4, 1, 50, "--first-element", 3)
+        self.assertEqual(r.returncode, 0, r.stderr)
+        nodes, _, elements, other = read_blocks(out)
+        self.assertEqual(sorted(elements), ["MEMBRANE_3"])
+        self.assertEqual(other["CONTACT_SURFACES"], ["PLY TYPE SHELL T 0.5"])
+        for ids, tail in elements["MEMBRANE_3"].values():
+            self.assertEqual(tail, ["MATERIAL", "FABRIC", "T", "0.5", "SURFACE", "PLY"])
+            self.assertGreater(normal(nodes, ids)[2], 0)
+        self.assertEqual(min(elements["MEMBRANE_3"]), 3)
+
+    def test_one_sided_and_non_manifold_surfaces_are_refused_naming_the_file_and_an_edge(self):
+        # A Moebius strip of 12 segments: the strip's two edges swap after one turn round its centre line.
+        n, points = 12, []
+        for i in range(n):
+            t = 2 * math.pi * i / n
+            for side in (1, -1):
+                r = 10 + side * 2 * math.cos(t / 2)
+                points.append((r * math.cos(t), r * math.sin(t), side * 2 * math.sin(t / 2)))
+        tris = []
+        for i in range(n):
+            a, b = 2 * i, 2 * i + 1
+            c, d = ((2 * i + 2, 2 * i + 3) if i + 1 < n else (1, 0))
+            tris += [(a, b, c), (b, d, c)]
+        strip = self.write("strip.stl", points, [("triangle", np.array(tris))])
+        self.assert_refused(strip, "cannot be oriented", "Moebius", "edge from (")
+
+        fan = self.write("fan.obj", [(0, 0, 0), (1, 0, 0), (0, 1, 0), (0, -1, 0), (0, 0, 1)],
+                         [("triangle", np.array([[0, 1, 2], [1, 0, 3], [0, 1, 4]]))])
+        message = self.assert_refused(fan, "edge from (0, 0, 0) to (1, 0, 0) is shared by 3 facets", "non-manifold")
+        self.assertTrue(message.endswith("remove the extra facets)\n"), message)
+
+    def test_missing_files_unreadable_files_and_meshes_without_facets_write_nothing(self):
+        lines = self.write("wire.vtk", [(0, 0, 0), (1, 0, 0), (2, 0, 0)], [("line", np.array([[0, 1], [1, 2]]))])
+        self.assert_refused(lines, "the mesh has no triangles or quads (it holds 2 line cells)")
+        self.assert_refused(self.dir / "absent.stl", "no such file")
+        junk = self.dir / "junk.stl"
+        junk.write_text("not a mesh\n")
+        self.assert_refused(junk, "cannot be read as a mesh")
+
+
+@unittest.skipIf(meshio is None, "numpy and meshio (Debian's python3-meshio) are needed")
+class HemisphereDeck(unittest.TestCase):
+    def test_coarse_deck_numbers_nodes_in_one_run_and_turns_each_tool_to_the_blank(self):
+        folder = pathlib.Path(tempfile.mkdtemp(prefix="drapex_hemisphere_"))
+        self.addCleanup(shutil.rmtree, folder, True)
+        script = ROOT / "examples" / "hemisphere" / "make_deck.py"
+        r = subprocess.run([sys.executable, str(script), "--coarse", "-o", str(folder)], capture_output=True,
+                           text=True, stdin=subprocess.DEVNULL)
+        self.assertEqual(r.returncode, 0, r.stderr)
+        deck = folder / "hemisphere_coarse.txt"
+        nodes, words, elements, other = read_blocks(deck)
+        self.assertEqual(sorted(nodes), list(range(1, len(nodes) + 1)))
+        numbers = [n for per_type in elements.values() for n in per_type]
+        self.assertEqual(len(set(numbers)), len(numbers))
+
+        blank = elements["MEMBRANE_3"]
+        self.assertEqual(len(blank), 2 * 20 * 20)
+        blank_nodes = {i for ids, _ in blank.values() for i in ids}
+        self.assertEqual(blank_nodes, set(range(1, 21 * 21 + 1)))
+        self.assertEqual({tuple(tail[:2]) for _, tail in blank.values()}, {("MATERIAL", "FABRIC")})
+
+        bodies = {}
+        for line in other["RIGID_BODIES"]:
+            w = line.split()
+            self.assertEqual((w[1], w[3], w[5]), ("REFERENCE", "NODES", "TO"))
+            bodies[w[0]] = (int(w[2]), range(int(w[4]), int(w[6]) + 1), w[7:])
+        self.assertEqual(sorted(bodies), ["DIE", "HOLDER", "PUNCH"])
+        self.assertEqual(words[bodies["PUNCH"][0]], {"CONSTRAINT": "PUNCH"})
+        self.assertEqual(words[bodies["DIE"][0]], {"CONSTRAINT": "DIE"})
+        self.assertEqual(words[bodies["HOLDER"][0]], {"CONSTRAINT": "GUIDE", "LOAD": "PRESS"})
+        self.assertEqual(bodies["HOLDER"][2][0], "MASS")
+        surfaces = {line.split()[0]: line.split()[1:] for line in other["CONTACT_SURFACES"]}
+        self.assertEqual(sorted(surfaces), ["DIE", "HOLDER", "PUNCH"])
+        for name in surfaces:
+            self.assertEqual(surfaces[name][:2], ["TYPE", "SOLID"])
+            self.assertIn("PENALTY", surfaces[name])
+            self.assertIn("FRICTION", surfaces[name])
+
+        # Each tool's facets lie on its own body's nodes, and their normals point at the blank: the die's
+        # up (its opening's wall towards the axis), the punch's and the holder's down.
+        for name, (reference, members, _) in bodies.items():
+            facets = [ids for ids, tail in elements["CONTACT_FACET"].values() if tail == ["SURFACE", name]]
+            self.assertGreater(len(facets), 0)
+            self.assertEqual({i for ids in facets for i in ids}, set(members))
+            for ids in facets:
+                n = normal(nodes, ids)
+                n /= np.linalg.norm(n)
+                middle = np.mean([nodes[i] for i in ids], axis=0)
+                radial = np.array([middle[0], middle[1], 0.0]) / math.hypot(middle[0], middle[1])
+                if name == "DIE":
+                    self.assertTrue(n[2] > 0.5 or np.dot(n, radial) < -0.5, (name, ids, n))
+                elif name == "PUNCH":  # out of the sphere, whose centre is the reference node
+                    out = middle - np.array(nodes[reference])
+                    self.assertGreater(np.dot(n, out / np.linalg.norm(out)), 0.99, (name, ids, n))
+                    self.assertLess(n[2], 0.0)
+                else:
+                    self.assertLess(n[2], -0.99, (name, ids, n))
+        punch_z = [nodes[i][2] for i in bodies["PUNCH"][1]]
+        self.assertGreater(min(punch_z), 0.0)  # the punch starts above the blank
+
+        text = deck.read_text()
+        self.assertIn("\nMASS SCALING ", text)
+        self.assertIn("\nSTEP 0\n", text)
+        self.assertIn("DIRECTION Z TYPE FORCE", text)
+        self.assertIn("DIRECTION Z TYPE POSITION", text)
+
+
+if __name__ == "__main__":
+    unittest.main()
