@@ -1,8 +1,8 @@
 // Rigid bodies in whole runs: a prescribed rotation carries every member
 // rigidly; a free body under a force and a moment accelerates as F/M and
-// M/J with its members' masses; a free tool pressed onto supported rods
-// comes to rest where the contact reactions balance its load. Bad body
-// lines are under decks/malformed.
+// M/J with its members' masses (also those mass scaling gives them); a free
+// tool pressed onto supported rods comes to rest where the contact reactions
+// balance its load. Bad body lines are under decks/malformed.
 #include "RigidBody.h"
 #include "Node.h"
 #include "QuietModel.h"
@@ -109,8 +109,7 @@ ELEMENTS TYPE CONTACT_TRIANGLE
 // and turned by Mz = 1.3 from rest, the central difference gives exactly
 // u = a (t + dt)^2 / 2 and θ = α (t + dt)^2 / 2; the rod between two members
 // is not strained; the kinetic energy is the body's, counted once.
-TEST(RigidBodyTest, FreeBodyAcceleratesAsForceOverMassAndMomentOverInertia) {
-    QuietModel model("rigid_free", R"(TITLE
+const std::string freeBody = R"(TITLE
 CONTROLS
 RUN FROM 0 TO 1
 STEP 0.001
@@ -126,7 +125,10 @@ NODES
 3 X -1 Y 0 Z 0
 ELEMENTS TYPE ROD_2
 1 NODES 2 3 MATERIAL STEEL D 0.07978845608
-)");
+)";
+
+TEST(RigidBodyTest, FreeBodyAcceleratesAsForceOverMassAndMomentOverInertia) {
+    QuietModel model("rigid_free", freeBody);
     const auto& map = model->getNodeMap();
     const double M = 2.0, Jzz = 0.5 + 1.0 + 2.0 / 3.0, dt = 0.001;
     EXPECT_NEAR(model->getRigidBodies().front()->getMass(), M, 1e-9);
@@ -151,6 +153,16 @@ ELEMENTS TYPE ROD_2
     const double vxWhole = 3.0 / M * t, vzWhole = 6.0 / M * t;
     EXPECT_NEAR(model->getKineticEnergy(), 0.5 * M * (vxWhole * vxWhole + vzWhole * vzWhole), 1e-6);
     EXPECT_NEAR(model->getInternalEnergy(), 0.0, 1e-9);
+}
+
+// Mass scaling to 0.1 multiplies the rod's mass by (0.1 / (L / c))^2 =
+// (0.1 sqrt(1000) / 2)^2 = 2.5: the body takes its members' new mass.
+TEST(RigidBodyTest, BodyTakesTheMassThatScalingGivesItsMembers) {
+    std::string deck = freeBody;
+    deck.replace(deck.find("STEP 0.001"), 10, "STEP 0.001\nMASS SCALING 0.1");
+    QuietModel model("rigid_scaled", deck);
+    EXPECT_NEAR(model->getRigidBodies().front()->getMass(), 1.0 + 2.5, 1e-9);
+    EXPECT_NEAR(model->getNodeMap().at(1)->getMass(), 1.0 + 2.5, 1e-9);
 }
 
 // A triangular SOLID tool of MASS 1 on its own reference node, free in
