@@ -21,8 +21,9 @@ std::string general(double v) {
 void MassScaling::apply(const std::vector<std::shared_ptr<Element>>& elements,
                         const std::vector<std::shared_ptr<Node>>& nodes) {
     if (target == 0.0) return;
+    // A rigid body's reference node carries its members' masses.
     for (const auto& n : nodes)
-        modelMass += n->getMass();
+        if (!n->isRigidMember()) modelMass += n->getMass();
     const double unbounded = std::numeric_limits<double>::infinity();
     for (const auto& e : elements) {
         // Elements that do not bound the step (contact elements) leave the

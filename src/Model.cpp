@@ -16,6 +16,7 @@
 #include "Node.h"
 #include "Reader.h"
 #include "ReaderLibrary.h"
+#include "RigidBody.h"
 #include "Tracker.h"
 #include "Writer.h"
 #include "WriterLibrary.h"
@@ -156,6 +157,11 @@ void Model::initialize() {
         ElementLibrary::storeByKind(elements);
         for (const auto& e : elements)
             elementMap.emplace(e->getNumber(), e);
+        // Rigid bodies claim nodes that elements may already use.
+        const int numberOfRigidBodies = reader->numberOfRigidBodies();
+        reader->rewindFile();
+        for (int i = 0; i < numberOfRigidBodies; ++i)
+            rigidBodies.push_back(reader->getNextRigidBody(nodeMap));
         writer = WriterLibrary::getWriterOstrel("VTK");
         writer->init(inputPath);
         reader->rewindFile();
@@ -223,6 +229,13 @@ void Model::assembleMassMatrix() {
         std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Elements"));
     }
     try {
+        for (auto& b : rigidBodies)
+            b->assembleMassMatrix();
+    } catch (const std::exception& e) {
+        logger->writeError(failureText(e), "assembleMatrix() method");
+        std::throw_with_nested(std::runtime_error(" --> Assemble Mass Matrix method: Rigid bodies"));
+    }
+    try {
         for (auto& n : nodes)
             n->determineMassMatrix();
     } catch (const std::exception& e) {
@@ -261,7 +274,14 @@ void Model::setInitialConditions() {
         // MASS SCALING adds mass where an element's stable step is below the
         // target, before the step is taken; its log section comes last.
         MassScaling massScaling(controlSet->getMassScalingTarget());
+        for (auto& b : rigidBodies)
+            b->noteMemberMasses();
         massScaling.apply(elements, nodes);
+        // A body takes the mass scaling gave its members, then its state at rest.
+        for (auto& b : rigidBodies) {
+            b->takeAddedMass();
+            b->setInitialConditions();
+        }
 
         if (controlSet->getTimeStep() == 0.0) {
             automaticTimeStep = true;
@@ -308,6 +328,9 @@ void Model::setInitialConditions() {
 void Model::setUpContactSurfaces() {
     if (surfaces.empty()) return;
     std::vector<char> onRigidBody(nodes.size(), 0);
+    // Indexed by node number - 1 (the numbering is checked before).
+    for (const auto& n : nodes)
+        if (n->getRigidBody()) onRigidBody[static_cast<std::size_t>(n->getNumber() - 1)] = 1;
     logger->writeList("Contact surfaces: " + std::to_string(surfaces.size()), 0);
     for (auto& s : surfaces) {
         try {
@@ -355,6 +378,10 @@ void Model::step(double& candidateStep, bool clearForces) {
     // Named contact surfaces push each node once, after the elements' own contact.
     for (auto& s : surfaces)
         s->computeContactForces(dt);
+    // A body's members hand their forces to its reference node, which moves
+    // them after its own update.
+    for (auto& b : rigidBodies)
+        b->gatherForces();
     internalEnergy = 0.0;
     kineticEnergy = 0.0;
     // Nodes lie in memory in deck order but are updated in x order; loading a
@@ -366,6 +393,10 @@ void Model::step(double& candidateStep, bool clearForces) {
     for (std::size_t i = 0; i < count; ++i) {
         if (i + ahead < count) nodes[i + ahead]->prefetchForUpdate();
         Node& n = *nodes[i];
+        if (n.isRigidMember()) {
+            if (clearForces) n.clearNodalForces();
+            continue;
+        }
         n.computeNewPosition(dt, currentTime);
         internalEnergy += n.getInternalEnergy();
         kineticEnergy += n.getKineticEnergy();
@@ -380,6 +411,8 @@ void Model::step(double& candidateStep, bool clearForces) {
                 "the material parameters)");
         if (clearForces) n.clearNodalForces();
     }
+    for (auto& b : rigidBodies)
+        b->placeMembers();
     // Only contact elements read the search: a model without them does not
     // rebin its nodes.
     if (contactSearch && contactSearch->isUsed()) contactSearch->update(nodes);

@@ -21,6 +21,7 @@ class Writer;
 class Logger;
 class ContactSearch;
 class ContactSurface;
+class RigidBody;
 
 class Model {
 public:
@@ -43,6 +44,7 @@ public:
     const std::vector<std::shared_ptr<Element>>& getElements() const { return elements; }
     const std::unordered_map<int, std::shared_ptr<Node>>& getNodeMap() const { return nodeMap; }
     const std::vector<std::shared_ptr<ContactSurface>>& getContactSurfaces() const { return surfaces; }
+    const std::vector<std::shared_ptr<RigidBody>>& getRigidBodies() const { return rigidBodies; }
     double getTimeStep() const { return timeStep; }
     double getCurrentTime() const { return currentTime; }
     double getInternalEnergy() const { return internalEnergy; }
@@ -84,6 +86,7 @@ private:
     std::vector<std::shared_ptr<Load>> loads;
     std::vector<std::shared_ptr<Tracker>> trackers;
     std::vector<std::shared_ptr<Amplitude>> amplitudes;
+    std::vector<std::shared_ptr<RigidBody>> rigidBodies;
     std::unordered_map<int, std::shared_ptr<Node>> nodeMap;
     std::unordered_map<int, std::shared_ptr<Element>> elementMap;
     std::unordered_map<int, std::shared_ptr<Material>> materialMap;

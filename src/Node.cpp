@@ -74,6 +74,43 @@ void Node::clearNodalForces() {
     }
 }
 
+void Node::addCarriedForces(const Node& carried, const double (&r)[3]) {
+    const Pass& c = carried.pass;
+    const double* from[3] = {c.internalForce, c.externalForce, c.contactForce};
+    double* to[3] = {pass.internalForce, pass.externalForce, pass.contactForce};
+    for (int k = 0; k < 3; ++k) {
+        const double* f = from[k];
+        accumulate(to[k], 0, f[0], f[1], f[2]);
+        accumulate(to[k], 3, f[3] + r[1] * f[2] - r[2] * f[1], f[4] + r[2] * f[0] - r[0] * f[2],
+                   f[5] + r[0] * f[1] - r[1] * f[0]);
+    }
+}
+
+void Node::placeCarried(const double (&x)[3], const double (&v)[3], const double (&a)[3],
+                        const Node& reference) {
+    State& s = state;
+    const State& r = reference.state;
+    for (int k = 0; k < 3; ++k) {
+        pass.position[k] = x[k];
+        s.displacement[k] = x[k] - s.origin[k];
+        s.velocity[k] = s.previousVelocity[k] = v[k];
+        s.acceleration[k] = a[k];
+    }
+    for (int k = 3; k < 6; ++k) {
+        pass.position[k] = reference.pass.position[k];
+        s.displacement[k] = r.displacement[k];
+        s.velocity[k] = s.previousVelocity[k] = r.velocity[k];
+        s.acceleration[k] = r.acceleration[k];
+    }
+}
+
+void Node::setInertia(const double (&J)[9], const double (&inverse)[9]) {
+    for (int k = 0; k < 9; ++k) {
+        state.inertia[k] = J[k];
+        state.inverseInertia[k] = inverse[k];
+    }
+}
+
 void Node::setInitialConditions() {
     State& s = state;
     for (int k = 3; k < 6; ++k)

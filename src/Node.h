@@ -21,6 +21,7 @@
 
 class Constraint;
 class Load;
+class RigidBody;
 
 class Node {
 public:
@@ -50,6 +51,32 @@ public:
     void addContactForce(double fx, double fy, double fz) { accumulate(pass.contactForce, 0, fx, fy, fz); }
     void addInternalMoment(double mx, double my, double mz) { accumulate(pass.internalForce, 3, mx, my, mz); }
     void clearNodalForces();
+
+    // Rigid bodies (see RigidBody.h). A member is carried by its body's
+    // reference node: the loop does not integrate it.
+    void setRigidBody(const RigidBody* body, bool member) {
+        rigidBody = body;
+        rigidMember = member;
+    }
+    const RigidBody* getRigidBody() const { return rigidBody; }
+    bool isRigidMember() const { return rigidMember; }
+    // Adds the forces of a node this one carries rigidly, r being that node's
+    // position relative to this one: each force f (internal, external,
+    // contact) is added with its moment r x f, and so are its own moments.
+    void addCarriedForces(const Node& carried, const double (&r)[3]);
+    // Places a carried node: position, velocity and acceleration of its
+    // translations as given, rotations as the reference node's.
+    void placeCarried(const double (&x)[3], const double (&v)[3], const double (&a)[3],
+                      const Node& reference);
+    // Change of the rotations over the last update.
+    const Vec3 getRotationIncrement() const {
+        return {state.displacement[3] - state.previousDisplacement[3],
+                state.displacement[4] - state.previousDisplacement[4],
+                state.displacement[5] - state.previousDisplacement[5]};
+    }
+    // Sets the rotational inertia and its inverse (row by row), as a body
+    // that turns carries them.
+    void setInertia(const double (&J)[9], const double (&inverse)[9]);
 
     // Asks the processor to start loading the node for its update (a hint
     // only: it changes no value).
@@ -198,6 +225,8 @@ private:
     std::shared_ptr<Constraint> constraint;
     std::shared_ptr<Load> load;
     bool xGiven = false, yGiven = false, zGiven = false;
+    bool rigidMember = false;
     double spareEnergy1 = 0.0;
     double spareEnergy2 = 0.0;
+    const RigidBody* rigidBody = nullptr;
 };

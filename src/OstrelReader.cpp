@@ -12,6 +12,7 @@
 #include "Material.h"
 #include "MaterialLibrary.h"
 #include "Node.h"
+#include "RigidBody.h"
 #include "Tracker.h"
 #include "TrackerLibrary.h"
 
@@ -22,9 +23,9 @@
 #include <stdexcept>
 
 OstrelReader::OstrelReader()
-    : blockKeywords{"TITLE",        "CONTROLS",   "ELEMENTS",        "NODES",  "LOADS",
-                    "CONSTRAINTS",  "MATERIALS",  "TRACKERS",        "GROUPS", "GEOMETRY",
-                    "TEMPERATURES", "AMPLITUDES", "CONTACT_SURFACES"},
+    : blockKeywords{"TITLE",        "CONTROLS",   "ELEMENTS",         "NODES",       "LOADS",
+                    "CONSTRAINTS",  "MATERIALS",  "TRACKERS",         "GROUPS",      "GEOMETRY",
+                    "TEMPERATURES", "AMPLITUDES", "CONTACT_SURFACES", "RIGID_BODIES"},
       delimiters(" ,\t=[]") {}
 
 int OstrelReader::componentCounter(const std::string& keyword) {
@@ -268,6 +269,23 @@ std::shared_ptr<ContactSurface> OstrelReader::getNextContactSurface() {
         tokens.erase(tokens.begin());
         surface->parseOstrel(tokens);
         return surface;
+    } catch (const std::exception&) {
+        std::throw_with_nested(std::runtime_error(lineText()));
+    }
+}
+
+std::shared_ptr<RigidBody>
+OstrelReader::getNextRigidBody(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber) {
+    std::vector<Token> tokens;
+    if (!nextDataLine({"RIGID_BODIES", nullptr, false, nullptr}, tokens))
+        throw missingLine("RIGID_BODIES", "a name");
+    try {
+        auto body = std::make_shared<RigidBody>();
+        body->setName(tokens.front().getWord());
+        body->setLine(currentLine);
+        tokens.erase(tokens.begin());
+        body->parseOstrel(tokens, nodesByNumber);
+        return body;
     } catch (const std::exception&) {
         std::throw_with_nested(std::runtime_error(lineText()));
     }

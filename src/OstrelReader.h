@@ -29,6 +29,8 @@ public:
     getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
                    const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) override;
     std::shared_ptr<ContactSurface> getNextContactSurface() override;
+    std::shared_ptr<RigidBody>
+    getNextRigidBody(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber) override;
     void getControlSet(std::unique_ptr<ControlSet>& controlSet) override;
     std::shared_ptr<Writer> getWriter() override { return nullptr; }
     int numberOfNodes() override { return componentCounter("NODES"); }
@@ -40,6 +42,7 @@ public:
     int numberOfLoads() override { return componentCounter("LOADS"); }
     int numberOfAmplitudes() override { return componentCounter("AMPLITUDES"); }
     int numberOfContactSurfaces() override { return componentCounter("CONTACT_SURFACES"); }
+    int numberOfRigidBodies() override { return componentCounter("RIGID_BODIES"); }
 
     int componentCounter(const std::string& keyword);
 

@@ -19,6 +19,7 @@ class Tracker;
 class ControlSet;
 class Writer;
 class ContactSurface;
+class RigidBody;
 
 class Reader : public IOFile {
 public:
@@ -42,6 +43,8 @@ public:
     getNextTracker(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber,
                    const std::unordered_map<int, std::shared_ptr<Element>>& elementsByNumber) = 0;
     virtual std::shared_ptr<ContactSurface> getNextContactSurface() = 0;
+    virtual std::shared_ptr<RigidBody>
+    getNextRigidBody(const std::unordered_map<int, std::shared_ptr<Node>>& nodesByNumber) = 0;
     virtual void getControlSet(std::unique_ptr<ControlSet>& controlSet) = 0;
     virtual std::shared_ptr<Writer> getWriter() = 0;
     virtual int numberOfNodes() = 0;
@@ -53,6 +56,7 @@ public:
     virtual int numberOfLoads() = 0;
     virtual int numberOfAmplitudes() = 0;
     virtual int numberOfContactSurfaces() = 0;
+    virtual int numberOfRigidBodies() = 0;
 
     void countNbrOfLines();
     void rewindFile();

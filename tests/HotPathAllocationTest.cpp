@@ -90,3 +90,18 @@ TEST(HotPathAllocation, IncrementsOfEveryElementKindAllocateNothing) {
     // Also when the forces are cleared in a pass of their own (steps that write results).
     EXPECT_EQ(allocationsPerIncrement("alloc_rods_late_clear", rodSquare, 20, false), 0.0);
 }
+
+TEST(HotPathAllocation, RigidBodyAllocatesNothing) {
+    // A free tool turned by a moment and pressed onto a rod's end by a load:
+    // gather, rotation update and placement, with contact.
+    const std::string deck =
+        head +
+        "CONSTRAINTS TYPE BOUNDARY_CONDITION\nBASE VX 0 VY 0 VZ 0\nLOADS\nPRESS FZ -1 MZ 0.1 AMPLITUDE RAMP\n"
+        "MATERIALS TYPE ELASTIC\nPOST E 1E5 NU 0.3 RHO 100\nRIGID_BODIES\nTOOL REFERENCE 6 NODES 3 TO 5 "
+        "MASS 1 INERTIA 1 1 1\nNODES\n1 X 0 Y 0 Z 0\n2 X 0 Y 0 Z -1 CONSTRAINT BASE\n3 X 1 Y -1 Z 0.01\n"
+        "4 X -1 Y -1 Z 0.01\n5 X 0 Y 1 Z 0.01\n6 X 0 Y 0 Z 1 LOAD PRESS\nELEMENTS TYPE ROD_2\n"
+        "1 NODES 2 1 MATERIAL POST D 0.1\nELEMENTS TYPE CONTACT_TRIANGLE\n2 NODES 3 4 5 T 0.5 FACTOR 1E3 "
+        "TYPE SOLID\n";
+    EXPECT_EQ(allocationsPerIncrement("alloc_rigid", deck), 0.0);
+    EXPECT_EQ(allocationsPerIncrement("alloc_rigid_late_clear", deck, 20, false), 0.0);
+}
