@@ -235,7 +235,7 @@ def build(opts, mesh_dir):
     lines += ["TRACKERS TYPE NODE",
               "PUNCHFORCE NODES %d DIRECTION Z TYPE FORCE" % pieces["punch"].reference,
               "PUNCHZ NODES %d DIRECTION Z TYPE POSITION" % pieces["punch"].reference,
-              "HOLDERFORCE NODES %d DIRECTION Z TYPE FORCE" % pieces["holder"].reference,
+              "HOLDERFORCE NODES %d DIRECTION Z TYPE CONTACTFORCE" % pieces["holder"].reference,
               "HOLDERZ NODES %d DIRECTION Z TYPE POSITION" % pieces["holder"].reference,
               "CENTREZ NODES %d DIRECTION Z TYPE POSITION" % centre,
               "DRAWIN NODES %d DIRECTION X TYPE POSITION" % edge_middle]
@@ -287,8 +287,8 @@ def main(argv=None):
         "pressed down with %g N, drawn %g mm deep by a hemispherical punch of radius %g mm moving down at "
         "%g mm/s; friction %g on every tool" % (opts.cells, opts.cells, OPENING_RADIUS, FILLET, opts.holder_force,
                                                 opts.stroke - PUNCH_GAP, PUNCH_RADIUS, opts.speed, opts.friction),
-        "PUNCHFORCE/PUNCHZ and HOLDERFORCE/HOLDERZ: force and position along z of the punch's and the "
-        "holder's reference nodes; CENTREZ: the blank's centre; DRAWIN: x of the middle of the edge x = 125"]
+        "PUNCHFORCE/PUNCHZ: force and position along z of the punch's reference node; HOLDERFORCE/HOLDERZ: "
+        "the contact force of the blank on the holder and its position along z; CENTREZ: the blank's centre; DRAWIN: x of the middle of the edge x = 125"]
     try:
         if opts.meshes:
             opts.meshes.mkdir(parents=True, exist_ok=True)
