@@ -259,7 +259,8 @@ def build_parser():
     p.add_argument("--holder-mass", type=float, default=0.01, help="holder mass in t (0.01, 10 kg)")
     p.add_argument("--friction", type=float, default=0.2, help="friction of every tool (0.2)")
     p.add_argument("--penalty", type=float, default=0.1, help="PENALTY of every tool (0.1)")
-    p.add_argument("--reach", type=float, default=1.0, help="T of every tool surface in mm (1)")
+    p.add_argument("--reach", type=float, default=0.2,
+                   help="T of every tool surface in mm (0.2: a few times the penetration, well below the fillet)")
     p.add_argument("--rho", type=float, default=6e-10, help="fabric areal density in t/mm^2 (6e-10: 600 g/m^2)")
     p.add_argument("--k", type=float, default=50.0, help="KELONGWARP and KELONGWEFT in N/mm (50)")
     p.add_argument("--damping", type=float, default=50.0, help="DAMPING of the fabric in 1/s (50)")
