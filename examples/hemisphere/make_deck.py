@@ -63,7 +63,7 @@ def fmt(value):
 def profile(pieces, size):
     """Points (r, z) along a profile made of pieces ("line", (r0, z0), (r1, z1)) and
     ("arc", (rc, zc), radius, a0, a1) (angles in degrees), about `size` apart; an
-    arc gets at least three segments."""
+    arc gets at least eight segments (a quarter round of radius r: facets under r/4)."""
     out = []
     for piece in pieces:
         if piece[0] == "line":
@@ -72,7 +72,7 @@ def profile(pieces, size):
             pts = [(r0 + (r1 - r0) * k / n, z0 + (z1 - z0) * k / n) for k in range(n + 1)]
         else:
             (rc, zc), radius, a0, a1 = piece[1], piece[2], math.radians(piece[3]), math.radians(piece[4])
-            n = max(3, math.ceil(radius * abs(a1 - a0) / size))
+            n = max(8, math.ceil(radius * abs(a1 - a0) / size))
             pts = [(rc + radius * math.cos(a0 + (a1 - a0) * k / n), zc + radius * math.sin(a0 + (a1 - a0) * k / n))
                    for k in range(n + 1)]
         out += pts if not out else pts[1:]
