@@ -26,7 +26,7 @@ void EnergyBalance::beginIncrement(double step, double t) {
     dtPrevious = count == 0 ? 0.0 : dt;
     dt = step;
     first = count == 0;
-    kinetic = 0.0;
+    kinetic = freeKinetic = 0.0;
     // The nodes evaluate their loads at the same time t; a tabular amplitude
     // answers the same time with the same value however often it is asked.
     for (std::size_t k = 0; k < loadList.size(); ++k)
@@ -101,7 +101,9 @@ void EnergyBalance::afterUpdate(const Node& n, std::size_t i) {
     double spin = 0.0;
     for (int r = 0; r < 3; ++r)
         spin += v[3 + r] * (J[3 * r] * v[3] + J[3 * r + 1] * v[4] + J[3 * r + 2] * v[5]);
-    kinetic += 0.5 * m * (v[0] * v[0] + v[1] * v[1] + v[2] * v[2]) + 0.5 * spin;
+    const double nodeKinetic = 0.5 * m * (v[0] * v[0] + v[1] * v[1] + v[2] * v[2]) + 0.5 * spin;
+    kinetic += nodeKinetic;
+    if (!n.hasConstraint()) freeKinetic += nodeKinetic;
 }
 
 void EnergyBalance::endIncrement() {
@@ -111,6 +113,7 @@ void EnergyBalance::endIncrement() {
     external.close(sum.external);
     prescribed.close(sum.prescribed);
     sum.kinetic = kinetic;
+    sum.freeKinetic = freeKinetic;
     if (first) sum.initialKinetic = kinetic;
     ++count;
 }

@@ -46,6 +46,9 @@ public:
         double contact = 0.0;
         double damping = 0.0;
         double initialKinetic = 0.0;
+        // The part of the kinetic energy carried by nodes without a
+        // constraint: what inertia does, apart from the prescribed motions.
+        double freeKinetic = 0.0;
     };
 
     // One slot per node, in the order the loop updates them; the loads the
@@ -104,7 +107,7 @@ private:
     double before[6] = {};
     double dampedVelocity[6] = {};
     double dt = 0.0, dtPrevious = 0.0;
-    double kinetic = 0.0;
+    double kinetic = 0.0, freeKinetic = 0.0;
     Family internal, contact, damping, external, prescribed;
     Totals sum;
     long count = 0;

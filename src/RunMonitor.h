@@ -31,7 +31,8 @@ public:
         double blowUpError = 100.0;
         int blowUpChecks = 3;
         double blowUpGrowth = 100.0;
-        // Kinetic over internal energy that earns a warning when it lasts a
+        // Kinetic energy of the nodes without a constraint (the prescribed
+        // motions apart) over internal energy that earns a warning when it lasts a
         // share `kineticSpan` of the run's time, the internal energy holding
         // at least `meaningfulInternal` of the energy put into the model
         // (below that the structure stores next to nothing: a falling or
