@@ -98,6 +98,22 @@ Vec combine(const double (&w)[3], const Vec& a, const Vec& b, const Vec& c) {
             w[0] * a.z + w[1] * b.z + w[2] * c.z};
 }
 
+// Whether the point of area coordinates w lies on a free edge or vertex of
+// the facet (a weight of zero puts it on the opposite edge; two, on a vertex).
+template <class F> bool onBoundary(const F& facet, const double (&w)[3]) {
+    const bool zero[3] = {w[0] == 0.0, w[1] == 0.0, w[2] == 0.0};
+    const int zeros = zero[0] + zero[1] + zero[2];
+    if (zeros == 2) {
+        for (int k = 0; k < 3; ++k)
+            if (!zero[k]) return facet.boundaryVertex[k];
+    }
+    if (zeros == 1) {
+        for (int m = 0; m < 3; ++m)
+            if (zero[m]) return facet.boundaryEdge[(m + 1) % 3];
+    }
+    return false;
+}
+
 Vec unitNormal(const Vec& a, const Vec& b, const Vec& c) {
     const Vec n = cross(sub(b, a), sub(c, a));
     const double length = std::sqrt(dot(n, n));
@@ -213,7 +229,10 @@ void ContactSurface::parseOstrel(const std::vector<Token>& tokens) {
 
 void ContactSurface::addFacet(const Element& owner) {
     const auto& n = owner.getNodes();
-    facets.push_back({{n.at(0).get(), n.at(1).get(), n.at(2).get()}, owner.getNumber()});
+    facets.push_back({{n.at(0).get(), n.at(1).get(), n.at(2).get()},
+                      owner.getNumber(),
+                      {false, false, false},
+                      {false, false, false}});
 }
 
 void ContactSurface::checkNormals() const {
@@ -234,6 +253,29 @@ void ContactSurface::checkNormals() const {
         }
 }
 
+void ContactSurface::findBoundary() {
+    std::map<std::pair<int, int>, int> uses; // undirected edge -> number of facets
+    auto key = [](const Node* a, const Node* b) {
+        const int i = a->getNumber(), j = b->getNumber();
+        return i < j ? std::make_pair(i, j) : std::make_pair(j, i);
+    };
+    for (const Facet& f : facets)
+        for (int k = 0; k < 3; ++k)
+            ++uses[key(f.node[k], f.node[(k + 1) % 3])];
+    std::map<int, bool> onBoundary;
+    for (Facet& f : facets)
+        for (int k = 0; k < 3; ++k) {
+            f.boundaryEdge[k] = uses[key(f.node[k], f.node[(k + 1) % 3])] == 1;
+            if (f.boundaryEdge[k]) {
+                onBoundary[f.node[k]->getNumber()] = true;
+                onBoundary[f.node[(k + 1) % 3]->getNumber()] = true;
+            }
+        }
+    for (Facet& f : facets)
+        for (int k = 0; k < 3; ++k)
+            f.boundaryVertex[k] = onBoundary.count(f.node[k]->getNumber()) > 0;
+}
+
 void ContactSurface::setInitialConditions(const std::vector<std::shared_ptr<Node>>& nodes,
                                           const std::unordered_map<int, std::shared_ptr<Node>>& nodeMap,
                                           const std::unordered_map<int, std::shared_ptr<Element>>& elementMap,
@@ -244,6 +286,7 @@ void ContactSurface::setInitialConditions(const std::vector<std::shared_ptr<Node
                                     "SURFACE " +
                                     name);
     if (kind == Kind::Solid) checkNormals();
+    findBoundary();
     const std::size_t count = nodes.size();
     byIndex.assign(count, nullptr);
     for (const auto& n : nodes)
@@ -331,6 +374,9 @@ void ContactSurface::offer(int f, Node* node, double x, double y, double z) {
                 slot.inFront = true;
                 return;
             }
+            // The nearest point on the rim of an open surface: nothing is
+            // behind it.
+            if (onBoundary(facet, w)) return;
             distance = d;
         }
         takesOver = over;

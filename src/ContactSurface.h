@@ -16,7 +16,9 @@
 //     edges included); depth -n.(p - x1), pushed along n. A node that lies
 //     over none of them (in a concave fold of the surface) is taken by the
 //     facet with the nearest point c within T, provided it lies behind every
-//     facet within T; depth d, pushed towards c.
+//     facet within T and c is not on the free boundary of the surface (beyond
+//     the rim of an open surface, such as the hole of a ring, there is no
+//     solid); depth d, pushed towards c.
 // Ties go to the facet declared first. The normal force is k times the
 // depth, with k = FACTOR (a stiffness; for SHELL FACTOR / (T/2), as on a
 // contact triangle) or k = PENALTY m / dt^2 from the node's own mass m and
@@ -85,7 +87,12 @@ private:
     struct Facet {
         Node* node[3];
         int element;
+        // Edge k (node k to node k+1) and vertex k lie on the free boundary of
+        // the surface (an edge of one facet only).
+        bool boundaryEdge[3];
+        bool boundaryVertex[3];
     };
+    void findBoundary();
     // Where a node stands against the surface in the current increment.
     struct Slot {
         double distance; // what decides between facets: smaller takes the node

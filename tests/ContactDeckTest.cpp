@@ -1,6 +1,5 @@
 // Contact elements declared in a deck: read through the factory, attached to
 // the model's search index, run by the solution loop and written out.
-#include "ContactSearch.h"
 #include "Node.h"
 #include "QuietModel.h"
 #include "ResultReadBack.h"
@@ -30,25 +29,16 @@ TRACKERS TYPE ELEMENT
 CS ELEMENTS 1 COMPONENT C12 TYPE STRESS
 )";
 
-std::shared_ptr<Node> node(Model& m, int number) {
-    return m.getNodeMap().at(number);
-}
-
 } // namespace
 
-TEST(ContactDeck, OneIncrementAppliesTheContactForces) {
+TEST(ContactDeck, OneIncrementAppliesTheForcesOfTheTriangleAndTheLine) {
     contact_test::QuietModel m("contact_deck_step", contact_deck_);
-    ASSERT_NE(m->getContactSearch(), nullptr);
-    EXPECT_EQ(m->getContactSearch()->getNumberOfLines(), 1);
     double candidate = 90000.0;
     m->step(candidate);
-    // Forces stay on the nodes until the loop clears them after printing.
-    EXPECT_NEAR(node(*m, 4)->getZContactForce(), 4.0, 1e-12);
-    EXPECT_NEAR(node(*m, 1)->getZContactForce(), -2.0, 1e-12);
-    EXPECT_NEAR(node(*m, 2)->getZContactForce(), -1.0, 1e-12);
-    EXPECT_NEAR(node(*m, 7)->getYContactForce(), 4.0, 1e-12);
-    EXPECT_NEAR(node(*m, 5)->getYContactForce(), -3.0, 1e-12);
-    EXPECT_NEAR(node(*m, 6)->getYContactForce(), -1.0, 1e-12);
+    // Forces stay on the nodes until the loop clears them after printing; the
+    // values are those of the unit cases of ContactTriangleTest and ContactLineTest.
+    EXPECT_NEAR(m->getNodeMap().at(4)->getZContactForce(), 4.0, 1e-12);
+    EXPECT_NEAR(m->getNodeMap().at(7)->getYContactForce(), 4.0, 1e-12);
 }
 
 TEST(ContactDeck, WholeRunWritesContactCellsAndTrackersWithZeroValues) {

@@ -79,6 +79,10 @@ TEST(ContactSurface, PushIsTheSameInAFacetOnAnEdgeAndOnVerticesOfAnyValence) {
     const auto deep =
         pushOnNode1("surface_deep", fanDeck(6, 0.3, 0.1, 0.6, "TOOL TYPE SOLID T 0.5 FACTOR 100"));
     EXPECT_EQ(deep[2], 0.0);
+    // Below the plane but beyond the rim of the open fan: no solid there.
+    const auto beyond =
+        pushOnNode1("surface_beyond_rim", fanDeck(6, 1.3, 0.05, 0.1, "TOOL TYPE SOLID T 0.5 FACTOR 100"));
+    EXPECT_EQ(beyond[2], 0.0);
 }
 
 TEST(ContactSurface, ActsOnlyOnTheNodesOfItsPair) {

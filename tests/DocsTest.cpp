@@ -130,29 +130,15 @@ TEST_P(DocumentDeck, RunsAsDocumented) {
 INSTANTIATE_TEST_SUITE_P(Documents, DocumentDeck, ::testing::ValuesIn(collectDecks()),
                          [](const ::testing::TestParamInfo<DeckCase>& info) { return info.param.name; });
 
-TEST(DocumentBlocks, EveryBlockHasAKnownKindAndItsPartner) {
+// A block of an unknown kind would go unchecked; the order of the blocks
+// (a stderr block after each deck with a mistake, output blocks after a
+// complete deck) is checked where the decks run.
+TEST(DocumentBlocks, EveryBlockHasAKnownKind) {
     const std::set<std::string> kinds = {"deck", "deck-error", "stderr", "output", "sh", "text"};
-    for (const char* document : documents) {
-        const auto blocks = docblocks::readBlocks(std::filesystem::path(DRAPEX_ROOT) / document);
-        std::string previous;
-        for (const Block& b : blocks) {
-            const std::string where = std::string(document) + ":" + std::to_string(b.line);
-            EXPECT_TRUE(kinds.count(b.kind)) << where << ": unknown block kind \"" << b.kind << "\"";
-            if (b.kind == "stderr") {
-                EXPECT_EQ(previous, "deck-error") << where;
-            }
-            if (previous == "deck-error") {
-                EXPECT_EQ(b.kind, "stderr") << where;
-            }
-            if (b.kind == "output") {
-                EXPECT_FALSE(b.argument.empty()) << where;
-                EXPECT_TRUE(previous == "deck" || previous == "output" || previous == "text" ||
-                            previous == "sh")
-                    << where;
-            }
-            previous = b.kind;
-        }
-    }
+    for (const char* document : documents)
+        for (const Block& b : docblocks::readBlocks(std::filesystem::path(DRAPEX_ROOT) / document))
+            EXPECT_TRUE(kinds.count(b.kind))
+                << document << ":" << b.line << ": unknown kind \"" << b.kind << "\"";
 }
 
 TEST(DocumentDecks, LowerCaseCopyOfTheFirstDeckGivesTheSameResults) {

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cmath>
-#include <stdexcept>
 
 using mattest::tokens;
 
@@ -23,30 +22,6 @@ std::shared_ptr<Material> steel() {
 }
 
 } // namespace
-
-// Checks a deck never reaches: the reader always names a material, and a
-// material without density stops the mass assembly before its own check.
-TEST(MaterialInit, EveryLawRefusesAMissingNameBeforeAMissingDensity) {
-    const std::pair<const char*, const char*> laws[] = {
-        {"ELASTIC", "E 1 NU 0.3"},
-        {"HYPERELASTIC", "TYPE OGDEN MU 1 ALPHA 2"},
-        {"HYPERTEXTILE", "KSHEAR 1 KELONGWARP 2 KELONGWEFT 3 WARPORI 1 0 0 WEFTORI 0 1 0"}};
-    for (const auto& [type, params] : laws)
-        for (bool named : {false, true}) {
-            SCOPED_TRACE(type);
-            auto m = MaterialLibrary::getMaterialOstrel(type);
-            std::string name = "MAT";
-            if (named) m->setName(name);
-            m->parseOstrel(tokens(params));
-            try {
-                m->setInitialConditions(mattest::Frame().e);
-                ADD_FAILURE() << "no exception";
-            } catch (const std::invalid_argument& e) {
-                EXPECT_STREQ(e.what(), named ? "Density is not set for material: MAT"
-                                             : "Name is not set for this material ");
-            }
-        }
-}
 
 TEST(ElasticTest, PlaneStressIncrementAndThicknessStressZero) {
     auto m = steel();

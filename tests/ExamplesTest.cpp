@@ -32,6 +32,7 @@ TEST(ExamplesReadme, ListsEveryExampleFolderOnceWithItsTableRowAndARegressionCas
     const std::string cases = readFile(fs::path(DRAPEX_TEST_DIR) / "reference" / "cases.txt");
     for (const auto& name : listed) {
         EXPECT_TRUE(contains(readme, "| `" + name + "` |")) << name << " has no row in the table";
-        EXPECT_TRUE(contains(cases, " examples/" + name + "/" + name + ".txt ")) << name << " is never run";
+        // A long example may be run through a coarser deck of its own folder.
+        EXPECT_TRUE(contains(cases, " examples/" + name + "/" + name)) << name << " is never run";
     }
 }

@@ -1,6 +1,7 @@
 // Helpers for the constitutive-law suites: token lists from text, small
-// matrices, random deformation gradients and a finite-difference derivative
-// of a strain energy with respect to C.
+// matrices, random deformation gradients, a finite-difference derivative of a
+// strain energy with respect to C, and a law of scripted stress for the
+// element suites.
 #pragma once
 
 #include "TestUtil.h"
@@ -11,6 +12,7 @@
 
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <random>
 #include <sstream>
 #include <string>
@@ -78,5 +80,29 @@ inline TNT::Array2D<double> pullBack(const TNT::Array2D<double>& F, const double
     const TNT::Array2D<double> Fi = TNT::invert(F);
     return TNT::matmult(TNT::matmult(Fi, sigma), TNT::transpose(Fi)) * J;
 }
+
+// A law named STUB whose 2D update is `answer`, which fills the strain and
+// stress vectors whatever F is; density and wave speed as given.
+struct StubLaw : Material {
+    using Answer = std::function<void(double (&strain)[6], double (&stress)[6])>;
+    explicit StubLaw(Answer a, double rho = 1.0, double c = 1.0) : answer(std::move(a)), speed(c) {
+        name = "STUB";
+        density = rho;
+    }
+    void parseOstrel(std::vector<Token>) override {}
+    void setInitialConditions(const double (&)[3][3]) override {}
+    double wavespeed1D() override { return speed; }
+    double wavespeed2D() override { return speed; }
+    void computeStress1D(double&, double&, double&) override {}
+    void computeStress2D(const double (&)[2][2], double (&strain)[6], double (&stress)[6],
+                         const double (&)[3][3]) override {
+        answer(strain, stress);
+    }
+    std::shared_ptr<Material> copyMat() override { return std::make_shared<StubLaw>(*this); }
+    void setAlpha(double a) { alpha = a; }
+
+    Answer answer;
+    double speed;
+};
 
 } // namespace mattest

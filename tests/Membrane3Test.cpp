@@ -9,6 +9,7 @@
 #include "ContactFixtures.h"
 #include "ContactLine.h"
 #include "MaterialLibrary.h"
+#include "MaterialTestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -22,32 +23,18 @@ namespace {
 
 using Point = std::array<double, 3>;
 
-// Returns a fixed stress (s11, s22, s12) and thickness ratio whatever F is.
-struct StubLaw : Material {
-    explicit StubLaw(double rho = 1.0, double c = 1.0, std::array<double, 4> fixed = {0, 0, 0, 1})
-        : speed(c), s(fixed) {
-        std::string n = "STUB";
-        setName(n);
-        density = rho;
-    }
-    void parseOstrel(std::vector<Token>) override {}
-    void setInitialConditions(const double (&)[3][3]) override {}
-    double wavespeed1D() override { return speed; }
-    double wavespeed2D() override { return speed; }
-    void computeStress1D(double&, double&, double&) override {}
-    void computeStress2D(const double (&)[2][2], double (&strain)[6], double (&stress)[6],
-                         const double (&)[3][3]) override {
-        stress[0] = s[0];
-        stress[1] = s[1];
-        stress[3] = s[2];
-        strain[2] = s[3];
-    }
-    std::shared_ptr<Material> copyMat() override { return std::make_shared<StubLaw>(*this); }
-    void setAlpha(double a) { alpha = a; }
-
-    double speed;
-    std::array<double, 4> s;
-};
+// A stub law of fixed stress (s11, s22, s12) and thickness ratio.
+std::shared_ptr<mattest::StubLaw> fixedLaw(double rho = 1.0, double c = 1.0,
+                                           std::array<double, 4> s = {0, 0, 0, 1}) {
+    return std::make_shared<mattest::StubLaw>(
+        [s](double(&strain)[6], double(&stress)[6]) {
+            stress[0] = s[0];
+            stress[1] = s[1];
+            stress[3] = s[2];
+            strain[2] = s[3];
+        },
+        rho, c);
+}
 
 std::shared_ptr<Material> law(const std::string& type, const std::string& params) {
     auto m = MaterialLibrary::getMaterialOstrel(type);
@@ -66,7 +53,7 @@ struct Sheet : contact_test::NodeSet {
     std::vector<Point> reference;
     std::vector<std::shared_ptr<Membrane3>> elements;
 
-    explicit Sheet(std::shared_ptr<Material> law = std::make_shared<StubLaw>(),
+    explicit Sheet(std::shared_ptr<Material> law = fixedLaw(),
                    const std::vector<Point>& points = kUnitTriangle) {
         materials.push_back(law);
         for (const Point& p : points)
@@ -179,7 +166,7 @@ const char* kOgden = "RHO 1e-9 TYPE OGDEN MU 0.6 0.01 ALPHA 2 -2";
 } // namespace
 
 TEST(Membrane3, LumpedMassesSumToDensityTimesAreaWithInertiaAndDamping) {
-    auto stub = std::make_shared<StubLaw>(7.5);
+    auto stub = fixedLaw(7.5);
     stub->setAlpha(0.3);
     Sheet m(stub, {{0, 0, 0}, {2, 0, 1}, {0.5, 3, -1}});
     m.element("1 2 3 T 0.2")->assembleMassMatrix();
@@ -200,8 +187,7 @@ TEST(Membrane3, LumpedMassesSumToDensityTimesAreaWithInertiaAndDamping) {
 TEST(Membrane3, StableStepIsOneTenthOfTheSmallestAltitudeOverTheWaveSpeed) {
     // Equilateral triangle of side s: h = (sqrt 3 / 2) s.
     const double side = 0.3, c = 40.0;
-    Sheet m(std::make_shared<StubLaw>(1.0, c),
-            {{0, 0, 0}, {side, 0, 0}, {side / 2, side * std::sqrt(3.0) / 2, 0}});
+    Sheet m(fixedLaw(1.0, c), {{0, 0, 0}, {side, 0, 0}, {side / 2, side * std::sqrt(3.0) / 2, 0}});
     auto e = m.element("1 2 3");
     m.prepareAndStep();
     EXPECT_NEAR(e->checkTimestep(1.0), 0.1 * (std::sqrt(3.0) / 2.0) * side / c, 1e-15);
@@ -225,7 +211,7 @@ TEST(Membrane3, FixedStressGivesTheConstantStrainTriangleForces) {
                  {{0.0, 0.0, 4.0, 1.0}, 0.1, {{0.2, 0.2, 0}, {0, -0.2, 0}, {-0.2, 0, 0}}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.thickness);
-        Sheet m(std::make_shared<StubLaw>(1, 1, c.stress));
+        Sheet m(fixedLaw(1, 1, c.stress));
         auto e = m.element("1 2 3 T 0.1");
         m.prepareAndStep();
         EXPECT_DOUBLE_EQ(e->getThickness(), c.thickness);
@@ -234,7 +220,7 @@ TEST(Membrane3, FixedStressGivesTheConstantStrainTriangleForces) {
 }
 
 TEST(Membrane3, InternalForcesAreSelfEquilibratedAndInPlane) {
-    Sheet m(std::make_shared<StubLaw>(1, 1, std::array<double, 4>{3.0, -1.5, 2.2, 0.9}),
+    Sheet m(fixedLaw(1, 1, std::array<double, 4>{3.0, -1.5, 2.2, 0.9}),
             {{0.1, -0.2, 0.3}, {1.7, 0.4, -0.5}, {0.3, 1.9, 0.8}});
     auto e = m.element("1 2 3 T 0.05");
     m.prepareAndStep();
@@ -246,7 +232,7 @@ TEST(Membrane3, InternalForcesAreSelfEquilibratedAndInPlane) {
 }
 
 TEST(Membrane3, PressureForcesArePressureTimesAreaOverThreeAlongTheNormal) {
-    Sheet m(std::make_shared<StubLaw>(), {{0, 0, 0}, {0, 2, 0}, {0, 0, 3}});
+    Sheet m(fixedLaw(), {{0, 0, 0}, {0, 2, 0}, {0, 0, 3}});
     auto load = std::make_shared<Load>();
     std::string name = "P1";
     load->setName(name);

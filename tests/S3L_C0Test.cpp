@@ -5,6 +5,7 @@
 #include "S3L_C0.h"
 #include "ContactFixtures.h"
 #include "Elastic.h"
+#include "MaterialTestUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -16,28 +17,6 @@ using contact_test::messageOf;
 namespace {
 
 constexpr double E = 210000.0, NU = 0.3, RHO = 7.8;
-
-// Writes a prescribed stress, different at every call, whatever the strain.
-struct FixedStress : Material {
-    FixedStress() {
-        name = "FIXED";
-        density = 1.0;
-    }
-    void parseOstrel(std::vector<Token>) override {}
-    void setInitialConditions(const double (&)[3][3]) override {}
-    double wavespeed1D() override { return 1.0; }
-    double wavespeed2D() override { return 1.0; }
-    void computeStress1D(double&, double&, double&) override {}
-    void computeStress2D(const double (&)[2][2], double (&)[6], double (&s)[6],
-                         const double (&)[3][3]) override {
-        const double base[6] = {3.0, -1.5, 0.0, 0.8, 2.2, -0.7};
-        for (int k = 0; k < 6; ++k)
-            s[k] = base[k] * (1.0 + 0.37 * calls);
-        ++calls;
-    }
-    std::shared_ptr<Material> copyMat() override { return std::make_shared<FixedStress>(*this); }
-    int calls = 0;
-};
 
 struct Vec3 {
     double x, y, z;
@@ -59,7 +38,14 @@ protected:
         std::string name = "STEEL";
         steel->setName(name);
         steel->parseOstrel(contact_test::tokens("E 210000 NU 0.3 RHO 7.8 DAMPING 12.5"));
-        s.materials = {steel, std::make_shared<FixedStress>()};
+        // STUB writes a prescribed stress, different at every call, whatever the strain.
+        s.materials = {
+            steel, std::make_shared<mattest::StubLaw>([calls = 0](double(&)[6], double(&stress)[6]) mutable {
+                const double base[6] = {3.0, -1.5, 0.0, 0.8, 2.2, -0.7};
+                for (int k = 0; k < 6; ++k)
+                    stress[k] = base[k] * (1.0 + 0.37 * calls);
+                ++calls;
+            })};
         auto pressure = std::make_shared<Load>();
         name = "PRESS";
         pressure->setName(name);
@@ -188,7 +174,7 @@ TEST_F(ShellTest, NodalLoadsAreEquilibratedAndWorkConjugateToTheStrains) {
     const Vec3 v[3] = {{0.1, 0.2, -0.3}, {-0.4, 0.0, 0.6}, {0.2, -0.5, 0.1}};
     const Vec3 w[3] = {{1.0, 0.5, -0.2}, {0.0, -0.8, 0.3}, {0.4, 0.2, 0.9}};
     for (const std::string nip : {"2", "3", "5", "1"}) {
-        auto shell = make("NODES 1 2 3 MATERIAL FIXED T 0.25 NIP " + nip);
+        auto shell = make("NODES 1 2 3 MATERIAL STUB T 0.25 NIP " + nip);
         prepareNodes();
         for (int i = 0; i < 3; ++i)
             setVelocity(*s.list[i], v[i], w[i]);

@@ -1,9 +1,7 @@
 #include "Token.h"
-#include "IOFile.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <stdexcept>
 
 TEST(TokenClassification, NumbersAreReadByTheirLongestLeadingPrefixNanAndInfinityIncluded) {
     for (const auto& [text, value] : {std::pair<const char*, double>{"12ABC", 12.0},
@@ -20,14 +18,4 @@ TEST(TokenClassification, NumbersAreReadByTheirLongestLeadingPrefixNanAndInfinit
     EXPECT_TRUE(std::isinf(Token("INF").getNumber()));
     EXPECT_TRUE(std::isinf(Token("INFINITY").getNumber()));
     EXPECT_TRUE(Token("INFO").isANumber());
-}
-
-TEST(IOFilePaths, APathWithoutFileNameIsRefused) {
-    try {
-        IOFile().init("case/");
-        FAIL() << "no exception";
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "The filename is null");
-    }
-    EXPECT_THROW(IOFile().init(""), std::runtime_error);
 }

@@ -1,7 +1,9 @@
 // Trackers: where a tracker's file goes and how it is replaced, the nodal
 // value each TYPE and DIRECTION reads, the strain and stress components an
-// element tracker asks for, and the exact CSV text both write. (The messages
-// of bad tracker lines are kept as deck files under decks/malformed.)
+// element tracker asks for and how it sums them. The header and number
+// formats of the files are the output blocks of docs/outputs.md (TIP.csv,
+// REACTION.csv, STRESS.csv, ANGLE.csv); the messages of bad tracker lines are
+// deck files under decks/malformed.
 #include "ElementTracker.h"
 #include "Node.h"
 #include "NodeTracker.h"
@@ -10,9 +12,6 @@
 #include "TestUtil.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdio>
-#include <stdexcept>
 
 namespace {
 
@@ -76,14 +75,6 @@ TEST_F(TrackerTest, FileIsNamedAfterTheTrackerInTheDeckDirectoryAndReplacedOnIni
     // The extension is replaced, so F.1 writes F.csv (listed under the guide's quirks).
     tracker.setName("F.1");
     EXPECT_EQ(fs::path(tracker.csvPath()), dir / "F.csv");
-
-    ElementTracker missing;
-    try {
-        missing.init(dir / "absent.txt");
-        ADD_FAILURE() << "a missing deck was accepted";
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "File does not exist");
-    }
 }
 
 TEST_F(TrackerTest, NodeEachTypeAndDirectionReadsItsOwnNodalValue) {
@@ -121,21 +112,6 @@ TEST_F(TrackerTest, NodeEachTypeAndDirectionReadsItsOwnNodalValue) {
     }
 }
 
-TEST_F(TrackerTest, NodeHeaderOnlyAtTimeZeroThenFixedTimeAndDefaultFormattedValues) {
-    nodes[1]->setZ_pos(1.25);
-    nodes[2]->setZ_pos(-0.5);
-    nodes[3]->setZ_pos(1234567.0);
-    auto tracker = make("NODES 1 2 3 DIRECTION Z TYPE POSITION");
-    tracker->printCSV(0.0);
-    nodes[3]->setZ_pos(0.0);
-    tracker->printCSV(1.0 / 3.0);
-    tracker->printCSV(1e-9); // prints as 0.000000 but is not time 0: no header
-    EXPECT_EQ(testutil::readFile(dir / "T.csv"), "Time , Node 1, Node 2, Node 3, Total \n"
-                                                 "0.000000, 1.25, -0.5, 1.23457e+06, 1.23457e+06\n"
-                                                 "0.333333, 1.25, -0.5, 0, 0.75\n"
-                                                 "0.000000, 1.25, -0.5, 0, 0.75\n");
-}
-
 TEST_F(TrackerTest, NodeMomentAndUnsetTrackersWriteTimeAndZeroTotalUnderTheFullHeader) {
     nodes[1]->setX_pos(5.0);
     nodes[1]->addInternalMoment(3, 4, 5);
@@ -167,26 +143,14 @@ TEST_F(TrackerTest, ElementComponentNamesFollowTheResultWriterIndices) {
     }
 }
 
-TEST_F(TrackerTest, ElementTotalIsSummedInSinglePrecisionAndSkipsTextsWithoutANumber) {
+TEST_F(TrackerTest, ElementTotalIsSummedInSinglePrecision) {
     // In double precision the sum is 3.999; in single precision 3.999 is lost
     // against 1e8 (half a float ulp there is 4) and the total is 0.
     add(7, "100000000.000000");
     add(3, "3.999000");
     add(9, "-100000000.000000");
-    auto tracker = makeElement("ELEMENTS 7 3 9 COMPONENT C11 TYPE STRAIN");
-    tracker->printCSV(0.0);
-    tracker->printCSV(0.5);
-    EXPECT_EQ(csv(), "Time , Node 7, Node 3, Node 9, Total \n"
-                     "0.000000, 100000000.000000, 3.999000, -100000000.000000, 0\n"
-                     "0.500000, 100000000.000000, 3.999000, -100000000.000000, 0\n");
-
-    add(1, "nothing");
-    add(2, "0.500000");
-    add(3, "1" + std::string(39, '0') + ".000000"); // beyond float range
-    makeElement("ELEMENTS 1 2 COMPONENT C11 TYPE STRAIN")->printCSV(1.0);
-    EXPECT_EQ(csv(), "1.000000, nothing, 0.500000, 0.5\n");
-    makeElement("ELEMENTS 2 3 COMPONENT C11 TYPE STRAIN")->printCSV(1.0);
-    EXPECT_EQ(csv(), "1.000000, 0.500000, 1" + std::string(39, '0') + ".000000, inf\n");
+    makeElement("ELEMENTS 7 3 9 COMPONENT C11 TYPE STRAIN")->printCSV(0.5);
+    EXPECT_EQ(csv(), "0.500000, 100000000.000000, 3.999000, -100000000.000000, 0\n");
 }
 
 TEST_F(TrackerTest, ElementMissingComponentOrTypeWritesZeroWithoutAskingTheElements) {

@@ -235,7 +235,7 @@ def build(opts, mesh_dir):
     lines += ["TRACKERS TYPE NODE",
               "PUNCHFORCE NODES %d DIRECTION Z TYPE FORCE" % pieces["punch"].reference,
               "PUNCHZ NODES %d DIRECTION Z TYPE POSITION" % pieces["punch"].reference,
-              "HOLDERFORCE NODES %d DIRECTION Z TYPE FORCE" % pieces["holder"].reference,
+              "HOLDERFORCE NODES %d DIRECTION Z TYPE CONTACTFORCE" % pieces["holder"].reference,
               "HOLDERZ NODES %d DIRECTION Z TYPE POSITION" % pieces["holder"].reference,
               "CENTREZ NODES %d DIRECTION Z TYPE POSITION" % centre,
               "DRAWIN NODES %d DIRECTION X TYPE POSITION" % edge_middle]
@@ -259,7 +259,8 @@ def build_parser():
     p.add_argument("--holder-mass", type=float, default=0.01, help="holder mass in t (0.01, 10 kg)")
     p.add_argument("--friction", type=float, default=0.2, help="friction of every tool (0.2)")
     p.add_argument("--penalty", type=float, default=0.1, help="PENALTY of every tool (0.1)")
-    p.add_argument("--reach", type=float, default=1.0, help="T of every tool surface in mm (1)")
+    p.add_argument("--reach", type=float, default=0.2,
+                   help="T of every tool surface in mm (0.2: a few times the penetration, well below the fillet)")
     p.add_argument("--rho", type=float, default=6e-10, help="fabric areal density in t/mm^2 (6e-10: 600 g/m^2)")
     p.add_argument("--k", type=float, default=50.0, help="KELONGWARP and KELONGWEFT in N/mm (50)")
     p.add_argument("--damping", type=float, default=50.0, help="DAMPING of the fabric in 1/s (50)")
@@ -287,8 +288,8 @@ def main(argv=None):
         "pressed down with %g N, drawn %g mm deep by a hemispherical punch of radius %g mm moving down at "
         "%g mm/s; friction %g on every tool" % (opts.cells, opts.cells, OPENING_RADIUS, FILLET, opts.holder_force,
                                                 opts.stroke - PUNCH_GAP, PUNCH_RADIUS, opts.speed, opts.friction),
-        "PUNCHFORCE/PUNCHZ and HOLDERFORCE/HOLDERZ: force and position along z of the punch's and the "
-        "holder's reference nodes; CENTREZ: the blank's centre; DRAWIN: x of the middle of the edge x = 125"]
+        "PUNCHFORCE/PUNCHZ: force and position along z of the punch's reference node; HOLDERFORCE/HOLDERZ: "
+        "the contact force of the blank on the holder and its position along z; CENTREZ: the blank's centre; DRAWIN: x of the middle of the edge x = 125"]
     try:
         if opts.meshes:
             opts.meshes.mkdir(parents=True, exist_ok=True)
