@@ -3,7 +3,8 @@
 #include <algorithm>
 
 void EnergyBalance::setUp(const std::vector<std::shared_ptr<Node>>& nodes,
-                          const std::vector<std::shared_ptr<Load>>& loads) {
+                          const std::vector<std::shared_ptr<Load>>& loads, bool contactInModel) {
+    contactUsed = contactInModel;
     loadList.clear();
     for (const auto& l : loads)
         loadList.push_back(l.get());
@@ -26,6 +27,10 @@ void EnergyBalance::beginIncrement(double step, double t) {
     dtPrevious = count == 0 ? 0.0 : dt;
     dt = step;
     first = count == 0;
+    // Computed once: the update of every node needs them.
+    perAverageStep = 2.0 / (dtPrevious + dt);
+    weightBehind = dt / (dtPrevious + dt);
+    weightAhead = dtPrevious / (dtPrevious + dt);
     kinetic = freeKinetic = 0.0;
     // The nodes evaluate their loads at the same time t; a tabular amplitude
     // answers the same time with the same value however often it is asked.
@@ -38,20 +43,18 @@ void EnergyBalance::afterUpdate(const Node& n, std::size_t i) {
     const double* vp = n.movingVelocity();
     const double* J = n.inertia();
     const double m = n.getMass();
-    double hm[6], hp[6];
-    for (int k = 0; k < 6; ++k) {
-        hm[k] = 0.5 * dtPrevious * vm[k];
-        hp[k] = 0.5 * dt * vp[k];
-    }
-    internal.add(n.internalForces(), hm, hp, 6, -1.0);
-    contact.add(n.contactForces(), hm, hp, 6, -1.0);
+    // Half of the displacements of the increments behind and ahead, with the
+    // sign of the energy a family's force takes up (resisting forces absorb).
+    const double hm = 0.5 * dtPrevious, hp = 0.5 * dt;
+    internal.add(n.internalForces(), vm, vp, 6, -hm, -hp);
+    if (contactUsed) contact.add(n.contactForces(), vm, vp, 6, -hm, -hp);
 
     // The applied forces: pressures, the load's forces and accelerations.
     double applied[6];
     const double* fe = n.externalForces();
     for (int k = 0; k < 6; ++k)
         applied[k] = fe[k];
-    const int slot = loadSlot[i];
+    const int slot = i < loadSlot.size() ? loadSlot[i] : -1;
     if (slot >= 0) {
         const Load::Values& l = loadValues[static_cast<std::size_t>(slot)];
         const double* a = l.acceleration.data();
@@ -60,42 +63,44 @@ void EnergyBalance::afterUpdate(const Node& n, std::size_t i) {
         for (int r = 0; r < 3; ++r)
             applied[3 + r] += l.force[3 + r] + J[3 * r] * a[3] + J[3 * r + 1] * a[4] + J[3 * r + 2] * a[5];
     }
-    external.add(applied, hm, hp, 6, 1.0);
+    external.add(applied, vm, vp, 6, hm, hp);
 
     const double c = n.getRayleighDamping();
     double dampingForce[3] = {0.0, 0.0, 0.0};
     if (c != 0.0) {
         for (int k = 0; k < 3; ++k)
             dampingForce[k] = m * c * dampedVelocity[k];
-        damping.add(dampingForce, hm, hp, 3, 1.0);
+        damping.add(dampingForce, vm, vp, 3, hm, hp);
     }
 
-    // The mid-step velocities around t_n, and the velocity at t_n between them.
-    const double average = 0.5 * (dtPrevious + dt);
-    const double wm = dt / (dtPrevious + dt), wp = dtPrevious / (dtPrevious + dt);
+    // The velocity at t_n, between the mid-step velocities around it.
+    const double wm = weightBehind, wp = weightAhead;
     double v[6];
     for (int k = 0; k < 6; ++k)
         v[k] = wm * vm[k] + wp * vp[k];
 
     if (n.hasConstraint()) {
-        // What the node did beyond the forces: the constraint's reaction.
+        // What the node did beyond the forces: the constraint's reaction R,
+        // summed as it is formed (no array of it to store and read back).
+        static const double none[6] = {0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
         const double* F = n.allForces(); // internal, external, contact and the load's forces
-        double R[6];
+        const double* a = slot >= 0 ? loadValues[static_cast<std::size_t>(slot)].acceleration.data() : none;
+        double behind = 0.0, ahead = 0.0;
         for (int k = 0; k < 3; ++k) {
-            double forces = F[k] - dampingForce[k];
-            if (slot >= 0) forces += m * loadValues[static_cast<std::size_t>(slot)].acceleration[k];
-            R[k] = m * (vp[k] - vm[k]) / average - forces;
+            const double R = m * (vp[k] - vm[k]) * perAverageStep - (F[k] - dampingForce[k] + m * a[k]);
+            behind += R * vm[k];
+            ahead += R * vp[k];
         }
+        const double dw0 = vp[3] - vm[3], dw1 = vp[4] - vm[4], dw2 = vp[5] - vm[5];
         for (int r = 0; r < 3; ++r) {
-            double moment = F[3 + r];
-            if (slot >= 0) {
-                const double* a = loadValues[static_cast<std::size_t>(slot)].acceleration.data();
-                moment += J[3 * r] * a[3] + J[3 * r + 1] * a[4] + J[3 * r + 2] * a[5];
-            }
-            const double dw0 = vp[3] - vm[3], dw1 = vp[4] - vm[4], dw2 = vp[5] - vm[5];
-            R[3 + r] = (J[3 * r] * dw0 + J[3 * r + 1] * dw1 + J[3 * r + 2] * dw2) / average - moment;
+            const double* Jr = J + 3 * r;
+            const double R = (Jr[0] * dw0 + Jr[1] * dw1 + Jr[2] * dw2) * perAverageStep -
+                             (F[3 + r] + Jr[0] * a[3] + Jr[1] * a[4] + Jr[2] * a[5]);
+            behind += R * vm[3 + r];
+            ahead += R * vp[3 + r];
         }
-        prescribed.add(R, hm, hp, 6, 1.0);
+        prescribed.past += hm * behind;
+        prescribed.next += hp * ahead;
     }
 
     double spin = 0.0;

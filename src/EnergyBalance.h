@@ -52,9 +52,10 @@ public:
     };
 
     // One slot per node, in the order the loop updates them; the loads the
-    // nodes carry are evaluated once per increment.
+    // nodes carry are evaluated once per increment; without contact in the
+    // model the contact forces are not read.
     void setUp(const std::vector<std::shared_ptr<Node>>& nodes,
-               const std::vector<std::shared_ptr<Load>>& loads);
+               const std::vector<std::shared_ptr<Load>>& loads, bool contactInModel = true);
     // Before the node pass of an increment of step dt that starts at time t.
     void beginIncrement(double dt, double t);
     // Around the update of node i (nodes[i] of setUp).
@@ -84,14 +85,16 @@ private:
     // of the half increments that reach forward (held back).
     struct Family {
         double past = 0.0, next = 0.0, held = 0.0;
-        void add(const double* f, const double* hm, const double* hp, int n, double sign) {
+        // f . vm and f . vp over n components, scaled by the half steps.
+        void add(const double* f, const double* vm, const double* vp, int n, double halfBehind,
+                 double halfAhead) {
             double a = 0.0, b = 0.0;
             for (int k = 0; k < n; ++k) {
-                a += f[k] * hm[k];
-                b += f[k] * hp[k];
+                a += f[k] * vm[k];
+                b += f[k] * vp[k];
             }
-            past += sign * a;
-            next += sign * b;
+            past += halfBehind * a;
+            next += halfAhead * b;
         }
         // Closes a pass: the total through the start of this increment.
         void close(double& total) {
@@ -107,9 +110,11 @@ private:
     double before[6] = {};
     double dampedVelocity[6] = {};
     double dt = 0.0, dtPrevious = 0.0;
+    double perAverageStep = 0.0, weightBehind = 1.0, weightAhead = 0.0;
     double kinetic = 0.0, freeKinetic = 0.0;
     Family internal, contact, damping, external, prescribed;
     Totals sum;
     long count = 0;
     bool first = true;
+    bool contactUsed = true;
 };

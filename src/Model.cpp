@@ -317,7 +317,7 @@ void Model::setInitialConditions() {
                                   0);
         }
 
-        energy.setUp(nodes, loads);
+        energy.setUp(nodes, loads, contactSearch->isUsed() || !surfaces.empty());
         if (!monitor.start(inputPath, *logger, timeStep, controlSet->getEndTime(), automaticTimeStep))
             logger->writeList("Warning: energy history " + monitor.energyFile() + " cannot be written", 0);
 
