@@ -2,7 +2,17 @@
 
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <stdexcept>
+#include <string>
+
+namespace {
+std::string general(double v) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%g", v);
+    return text;
+}
+} // namespace
 
 void ControlSet::parseOstrel(std::vector<Token> tokens) {
     std::size_t i = 0;
@@ -26,14 +36,21 @@ void ControlSet::parseOstrel(std::vector<Token> tokens) {
             if (i + 2 >= tokens.size() || !tokens.at(i + 2).isANumber())
                 throw std::invalid_argument("MASS SCALING needs a target step: MASS SCALING <target step>");
             const double target = tokens.at(i + 2).getNumber();
-            if (!(std::isfinite(target) && target > 0.0)) {
-                char text[64];
-                std::snprintf(text, sizeof text, "%g", target);
+            if (!(std::isfinite(target) && target > 0.0))
                 throw std::invalid_argument(
-                    std::string("The target step of MASS SCALING must be a positive finite number, not ") +
-                    text);
-            }
+                    "The target step of MASS SCALING must be a positive finite number, not " +
+                    general(target));
             massScalingTarget = target;
+            i += 3;
+        } else if (key == "TRACK" && i + 1 < tokens.size() && tokens.at(i + 1).getWord() == "EVERY") {
+            if (i + 2 >= tokens.size() || !tokens.at(i + 2).isANumber())
+                throw std::invalid_argument("TRACK EVERY needs an interval: TRACK EVERY <interval>");
+            const double interval = tokens.at(i + 2).getNumber();
+            if (!(std::isfinite(interval) && interval > 0.0))
+                throw std::invalid_argument(
+                    "The interval of TRACK EVERY must be a positive finite number, not " + general(interval));
+            trackStep = interval;
+            trackLine = currentLine;
             i += 3;
         } else if (key == "WRITER" && tokens.at(i + 1).getWord() == "TYPE") {
             if (!tokens.at(i + 2).isAWord()) throw std::invalid_argument("Wrong writer command");
@@ -51,4 +68,23 @@ bool ControlSet::timeToPrint(double t) {
         return true;
     }
     return false;
+}
+
+bool ControlSet::timeToTrack(double t) {
+    if (trackCount * trackStep <= t) {
+        ++trackCount;
+        return true;
+    }
+    return false;
+}
+
+void ControlSet::checkTrackInterval() const {
+    if (!hasTrackInterval() || trackStep <= endTime) return;
+    try {
+        throw std::invalid_argument("The interval of TRACK EVERY (" + general(trackStep) +
+                                    ") is longer than the run (end time " + general(endTime) +
+                                    "): the trackers would write their first row only");
+    } catch (const std::exception&) {
+        std::throw_with_nested(std::runtime_error("At line " + std::to_string(trackLine)));
+    }
 }

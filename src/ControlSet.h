@@ -1,6 +1,6 @@
 // Time control of the analysis: end time, time step (0 selects the automatic
-// stable step), print interval and the print schedule, and the target step of
-// mass scaling (0: no scaling).
+// stable step), print interval and the print schedule, the tracker interval
+// and its schedule, and the target step of mass scaling (0: no scaling).
 #pragma once
 
 #include "Token.h"
@@ -18,6 +18,16 @@ public:
     // True when results are due at time t; grants at most one print per call,
     // so a step longer than the print interval makes the schedule lag.
     bool timeToPrint(double t);
+    // TRACK EVERY <interval>: tracker rows at an interval of their own, on
+    // the same schedule rules as the prints; without it the trackers write
+    // with the prints.
+    bool hasTrackInterval() const { return trackStep > 0.0; }
+    bool timeToTrack(double t);
+    double getTrackStep() const { return trackStep; }
+    // The deck line being read, for the checks made once every control line is in.
+    void setLine(int line) { currentLine = line; }
+    // Refuses a tracking interval longer than the run, naming its line.
+    void checkTrackInterval() const;
 
     double getTimeStep() const { return timeStep; }
     double getPrintStep() const { return printStep; }
@@ -35,6 +45,9 @@ private:
     double timeStep = 0.0;
     double printStep = 0.0;
     double massScalingTarget = 0.0;
+    int trackCount = 0;
+    double trackStep = 0.0;
+    int currentLine = 0, trackLine = 0;
     bool runGiven = false;
     std::string writer = "VTK";
 };

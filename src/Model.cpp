@@ -8,6 +8,7 @@
 #include "DeckParser.h"
 #include "Element.h"
 #include "ElementLibrary.h"
+#include "EnergyBalance.h"
 #include "Load.h"
 #include "Logger.h"
 #include "LoggerLibrary.h"
@@ -186,6 +187,7 @@ void Model::initialize() {
         if (!controlSet)
             throw std::invalid_argument(
                 "No control set: the deck needs a CONTROLS block with at least one line");
+        controlSet->checkTrackInterval();
     } catch (const std::exception& e) {
         if (logger) logger->writeError(failureText(e), "initialize() method");
         std::throw_with_nested(std::runtime_error(" --> Initialize method "));
@@ -315,6 +317,10 @@ void Model::setInitialConditions() {
                                   0);
         }
 
+        energy.setUp(nodes, loads, contactSearch->isUsed() || !surfaces.empty());
+        if (!monitor.start(inputPath, *logger, timeStep, controlSet->getEndTime(), automaticTimeStep))
+            logger->writeList("Warning: energy history " + monitor.energyFile() + " cannot be written", 0);
+
         logger->writeList("Ouput type: " + writer->getType(), 0);
         logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
         logger->newLine();
@@ -367,6 +373,7 @@ void Model::step(double& candidateStep, bool clearForces) {
     if (!(currentTime + dt > currentTime))
         throw std::runtime_error("Time step " + scientific(dt) + " does not advance the time from " +
                                  fixed(currentTime) + ": the run cannot reach its end time");
+    energy.beginIncrement(dt, currentTime);
     const std::size_t elementCount = elements.size();
     constexpr std::size_t elementsAhead = 3;
     for (std::size_t i = 0; i < elementCount && i < elementsAhead; ++i)
@@ -397,6 +404,7 @@ void Model::step(double& candidateStep, bool clearForces) {
             if (clearForces) n.clearNodalForces();
             continue;
         }
+        energy.beforeUpdate(n);
         n.computeNewPosition(dt, currentTime);
         internalEnergy += n.getInternalEnergy();
         kineticEnergy += n.getKineticEnergy();
@@ -409,8 +417,10 @@ void Model::step(double& candidateStep, bool clearForces) {
                 fixed(currentTime) + " with time step " + scientific(dt) +
                 ": the integration diverged (check the time step against the critical one, the loads and "
                 "the material parameters)");
+        energy.afterUpdate(n, i);
         if (clearForces) n.clearNodalForces();
     }
+    energy.endIncrement();
     for (auto& b : rigidBodies)
         b->placeMembers();
     // Only contact elements read the search: a model without them does not
@@ -433,7 +443,12 @@ void Model::solve() {
             // does not change; taken first, it lets a step that writes
             // nothing clear the nodal forces during the node update.
             const bool print = controlSet->timeToPrint(currentTime);
-            step(candidateStep, !print);
+            // Trackers write with the prints unless TRACK EVERY gives them a
+            // schedule of their own; they read the forces of the step too.
+            const bool ownTrack = controlSet->hasTrackInterval();
+            const bool track = ownTrack ? controlSet->timeToTrack(currentTime) : print;
+            const bool keepForces = print || track;
+            step(candidateStep, !keepForces);
             if (print) {
                 logger->writeList("Writing output file " + std::to_string(printCount), 0);
                 logger->writeList("Elapsed time: " + fixed(secondsSince(start)), 1);
@@ -441,17 +456,28 @@ void Model::solve() {
                 logger->writeList("Time step: " + fixed(timeStep), 1);
                 logger->writeList("Internal energy: " + fixed(internalEnergy), 1);
                 logger->writeList("Kinetic energy: " + fixed(kineticEnergy), 1);
+                monitor.writePrint(energy, currentTime, timeStep);
                 logger->writeComment("Call divider");
                 ++printCount;
                 try {
                     writer->writeResults(nodes, elements);
+                    if (!ownTrack)
+                        for (auto& tracker : trackers)
+                            tracker->printCSV(currentTime);
+                } catch (const std::exception&) {
+                    std::throw_with_nested(std::runtime_error(" --> Error during writing"));
+                }
+            }
+            if (ownTrack && track) {
+                try {
                     for (auto& tracker : trackers)
                         tracker->printCSV(currentTime);
                 } catch (const std::exception&) {
                     std::throw_with_nested(std::runtime_error(" --> Error during writing"));
                 }
             }
-            advanceTime(!print);
+            monitor.afterIncrement(energy, currentTime, timeStep, print, nodes, elements);
+            advanceTime(!keepForces);
             t = currentTime;
         }
     } catch (const std::exception& e) {

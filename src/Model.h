@@ -2,6 +2,9 @@
 // the explicit central-difference loop.
 #pragma once
 
+#include "EnergyBalance.h"
+#include "RunMonitor.h"
+
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -49,6 +52,10 @@ public:
     double getCurrentTime() const { return currentTime; }
     double getInternalEnergy() const { return internalEnergy; }
     double getKineticEnergy() const { return kineticEnergy; }
+    // Energy balance of the run so far (see EnergyBalance.h) and the monitor
+    // that reports it.
+    const EnergyBalance& getEnergyBalance() const { return energy; }
+    RunMonitor& getMonitor() { return monitor; }
     bool isAutomaticTimeStep() const { return automaticTimeStep; }
     // Advances one increment of the loop (used by solve and by tests); refuses
     // a time step that is not finite or does not move the time on. With
@@ -96,4 +103,6 @@ private:
     double currentTime = 0.0;
     bool automaticTimeStep = false;
     double internalEnergy = 0.0, kineticEnergy = 0.0;
+    EnergyBalance energy;
+    RunMonitor monitor;
 };

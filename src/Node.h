@@ -147,6 +147,20 @@ public:
     double getYContactForce() const { return pass.contactForce[1]; }
     double getZContactForce() const { return pass.contactForce[2]; }
 
+    // What the energy balance (EnergyBalance.h) reads around an update: the
+    // force families of the step (before they are cleared), the velocity
+    // that moves the node over the increment (before a constraint
+    // overwrites the velocity), the load and whether a constraint applies.
+    const double* internalForces() const { return pass.internalForce; }
+    const double* externalForces() const { return pass.externalForce; }
+    const double* contactForces() const { return pass.contactForce; }
+    const double* allForces() const { return pass.force; }
+    const double* movingVelocity() const { return state.previousVelocity; }
+    const double* velocities() const { return state.velocity; }
+    const double* inertia() const { return state.inertia; }
+    Load* loadPointer() const { return load.get(); }
+    bool hasConstraint() const { return constraint != nullptr; }
+
     double getInternalEnergy() const { return internalEnergy; }
     double getKineticEnergy() const { return kineticEnergy; }
     double getExternalWork() const { return externalWork; }

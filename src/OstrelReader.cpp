@@ -297,6 +297,7 @@ void OstrelReader::getControlSet(std::unique_ptr<ControlSet>& controlSet) {
         throw missingLine("CONTROLS", "a keyword");
     try {
         if (!controlSet) controlSet = std::make_unique<ControlSet>();
+        controlSet->setLine(currentLine);
         controlSet->parseOstrel(tokens);
     } catch (const std::exception&) {
         std::throw_with_nested(std::runtime_error(lineText()));
