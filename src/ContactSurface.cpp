@@ -114,6 +114,10 @@ template <class F> bool onBoundary(const F& facet, const double (&w)[3]) {
     return false;
 }
 
+template <class F> Vec corner(const F& facet, int k) {
+    return {facet.corner[k][0], facet.corner[k][1], facet.corner[k][2]};
+}
+
 Vec unitNormal(const Vec& a, const Vec& b, const Vec& c) {
     const Vec n = cross(sub(b, a), sub(c, a));
     const double length = std::sqrt(dot(n, n));
@@ -232,7 +236,9 @@ void ContactSurface::addFacet(const Element& owner) {
     facets.push_back({{n.at(0).get(), n.at(1).get(), n.at(2).get()},
                       owner.getNumber(),
                       {false, false, false},
-                      {false, false, false}});
+                      {false, false, false},
+                      {},
+                      {}});
 }
 
 void ContactSurface::checkNormals() const {
@@ -321,7 +327,7 @@ void ContactSurface::setInitialConditions(const std::vector<std::shared_ptr<Node
         throw std::invalid_argument("Contact surface " + name +
                                     " acts on no node: every node it could push is on a rigid body, on "
                                     "its own facets, or not named by ON");
-    slots.assign(count, Slot{0.0, -1, 0, -2, false, false});
+    slots.assign(count, Slot{0.0, {0.0, 0.0, 0.0}, -1, 0, -2, false, false});
     tangential.assign(3 * count, 0.0);
     touched.clear();
     touched.reserve(count);
@@ -341,7 +347,7 @@ void ContactSurface::offer(int f, Node* node, double x, double y, double z) {
     const Facet& facet = facets[static_cast<std::size_t>(f)];
     if (node == facet.node[0] || node == facet.node[1] || node == facet.node[2]) return;
     const Vec p{x, y, z};
-    const Vec a = position(facet.node[0]), b = position(facet.node[1]), c = position(facet.node[2]);
+    const Vec a = corner(facet, 0), b = corner(facet, 1), c = corner(facet, 2);
     double w[3];
     const bool over = nearestPoint(p, a, b, c, w);
     const Vec q = combine(w, a, b, c);
@@ -350,7 +356,7 @@ void ContactSurface::offer(int f, Node* node, double x, double y, double z) {
 
     Slot& slot = slots[index];
     if (slot.epoch != epoch) {
-        slot = Slot{0.0, -1, epoch, slot.contactEpoch, false, false};
+        slot = Slot{0.0, {0.0, 0.0, 0.0}, -1, epoch, slot.contactEpoch, false, false};
     }
     double distance;
     bool takesOver;
@@ -359,7 +365,7 @@ void ContactSurface::offer(int f, Node* node, double x, double y, double z) {
         distance = d;
         takesOver = over;
     } else {
-        const Vec n = unitNormal(a, b, c);
+        const Vec n{facet.normal[0], facet.normal[1], facet.normal[2]};
         if (!(d <= thickness)) return;
         const double side = dot(n, sub(p, a));
         if (over) {
@@ -390,6 +396,8 @@ void ContactSurface::offer(int f, Node* node, double x, double y, double z) {
     slot.facet = f;
     slot.distance = distance;
     slot.over = takesOver;
+    for (int k = 0; k < 3; ++k)
+        slot.weights[k] = w[k];
 }
 
 void ContactSurface::push(int index, double dt) {
@@ -401,15 +409,14 @@ void ContactSurface::push(int index, double dt) {
     if (kind == Kind::Solid && !slot.over && slot.inFront) return;
 
     const Vec p = position(node);
-    const Vec a = position(facet.node[0]), b = position(facet.node[1]), c = position(facet.node[2]);
-    double w[3];
-    nearestPoint(p, a, b, c, w);
+    const Vec a = corner(facet, 0), b = corner(facet, 1), c = corner(facet, 2);
+    const double(&w)[3] = slot.weights;
     const Vec q = combine(w, a, b, c);
     const Vec pq = sub(p, q);
     const double d = std::sqrt(dot(pq, pq));
     Vec direction;
     double depth;
-    const Vec n = unitNormal(a, b, c);
+    const Vec n{facet.normal[0], facet.normal[1], facet.normal[2]};
     if (kind == Kind::Shell) {
         depth = 0.5 * thickness - d;
         if (d > 0.0)
@@ -472,19 +479,23 @@ void ContactSurface::computeContactForces(double dt) {
     if (!search) return;
     const double reach = kind == Kind::Shell ? 0.5 * thickness : thickness;
     for (std::size_t f = 0; f < facets.size(); ++f) {
-        const Facet& facet = facets[f];
+        Facet& facet = facets[f];
         double low[3], high[3];
         for (int r = 0; r < 3; ++r)
             low[r] = high[r] = 0.0;
         for (int k = 0; k < 3; ++k) {
-            const double v[3] = {facet.node[k]->getX_pos(), facet.node[k]->getY_pos(),
-                                 facet.node[k]->getZ_pos()};
+            double(&v)[3] = facet.corner[k];
+            v[0] = facet.node[k]->getX_pos();
+            v[1] = facet.node[k]->getY_pos();
+            v[2] = facet.node[k]->getZ_pos();
             for (int r = 0; r < 3; ++r) {
                 if (k == 0 || v[r] < low[r]) low[r] = v[r];
                 if (k == 0 || v[r] > high[r]) high[r] = v[r];
             }
         }
         if (!std::isfinite(low[0] + low[1] + low[2] + high[0] + high[1] + high[2])) continue;
+        const Vec normal = unitNormal(corner(facet, 0), corner(facet, 1), corner(facet, 2));
+        facet.normal[0] = normal.x, facet.normal[1] = normal.y, facet.normal[2] = normal.z;
         search->forEachNode(
             low[0] - reach, high[0] + reach, low[1] - reach, high[1] + reach, low[2] - reach, high[2] + reach,
             [&](Node* node, double x, double y, double z) { offer(static_cast<int>(f), node, x, y, z); });

@@ -91,11 +91,16 @@ private:
         // the surface (an edge of one facet only).
         bool boundaryEdge[3];
         bool boundaryVertex[3];
+        // The corners and the unit normal at the current positions, taken
+        // once per increment for every node the facet is offered.
+        double corner[3][3];
+        double normal[3];
     };
     void findBoundary();
     // Where a node stands against the surface in the current increment.
     struct Slot {
-        double distance; // what decides between facets: smaller takes the node
+        double distance;   // what decides between facets: smaller takes the node
+        double weights[3]; // area coordinates of the facet's point nearest to the node
         int facet;
         int epoch;        // increment in which the slot was last filled
         int contactEpoch; // increment in which the node was last pushed
