@@ -1,18 +1,12 @@
 #include "ControlSet.h"
 
+#include "DeckParser.h"
+
 #include <cmath>
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
 #include <string>
-
-namespace {
-std::string general(double v) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%g", v);
-    return text;
-}
-} // namespace
 
 void ControlSet::parseOstrel(std::vector<Token> tokens) {
     std::size_t i = 0;
@@ -39,7 +33,7 @@ void ControlSet::parseOstrel(std::vector<Token> tokens) {
             if (!(std::isfinite(target) && target > 0.0))
                 throw std::invalid_argument(
                     "The target step of MASS SCALING must be a positive finite number, not " +
-                    general(target));
+                    DeckParser::number(target));
             massScalingTarget = target;
             i += 3;
         } else if (key == "TRACK" && i + 1 < tokens.size() && tokens.at(i + 1).getWord() == "EVERY") {
@@ -48,7 +42,8 @@ void ControlSet::parseOstrel(std::vector<Token> tokens) {
             const double interval = tokens.at(i + 2).getNumber();
             if (!(std::isfinite(interval) && interval > 0.0))
                 throw std::invalid_argument(
-                    "The interval of TRACK EVERY must be a positive finite number, not " + general(interval));
+                    "The interval of TRACK EVERY must be a positive finite number, not " +
+                    DeckParser::number(interval));
             trackStep = interval;
             trackLine = currentLine;
             i += 3;
@@ -81,8 +76,8 @@ bool ControlSet::timeToTrack(double t) {
 void ControlSet::checkTrackInterval() const {
     if (!hasTrackInterval() || trackStep <= endTime) return;
     try {
-        throw std::invalid_argument("The interval of TRACK EVERY (" + general(trackStep) +
-                                    ") is longer than the run (end time " + general(endTime) +
+        throw std::invalid_argument("The interval of TRACK EVERY (" + DeckParser::number(trackStep) +
+                                    ") is longer than the run (end time " + DeckParser::number(endTime) +
                                     "): the trackers would write their first row only");
     } catch (const std::exception&) {
         std::throw_with_nested(std::runtime_error("At line " + std::to_string(trackLine)));

@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cmath>
+#include <cstdio>
 #include <sstream>
 
 void DeckParser::read(const std::vector<Keyword>& table, const Reader& fallback) const {
@@ -70,6 +71,12 @@ DeckParser::nodes(std::size_t first, std::size_t count, const char* shortMessage
         found.push_back(node(t, nodeMap));
     }
     return found;
+}
+
+std::string DeckParser::number(double v) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%g", v);
+    return text;
 }
 
 std::string DeckParser::text(const Token& t) {

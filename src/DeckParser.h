@@ -89,6 +89,8 @@ public:
 
     // The text of a token in messages: the word, or the number as %g gives it.
     static std::string text(const Token& t);
+    // A number in messages and log lines, as %g gives it.
+    static std::string number(double v);
 
     // The messages of a data line.
     static std::invalid_argument notRecognized(const std::string& input) {

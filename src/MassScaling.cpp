@@ -1,5 +1,6 @@
 #include "MassScaling.h"
 
+#include "DeckParser.h"
 #include "Element.h"
 #include "Logger.h"
 #include "Node.h"
@@ -9,14 +10,6 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
-
-namespace {
-std::string general(double v) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%.6g", v);
-    return buf;
-}
-} // namespace
 
 void MassScaling::apply(const std::vector<std::shared_ptr<Element>>& elements,
                         const std::vector<std::shared_ptr<Node>>& nodes) {
@@ -35,10 +28,10 @@ void MassScaling::apply(const std::vector<std::shared_ptr<Element>>& elements,
         const double added = std::isfinite(s) ? e->scaleMass(s) : s;
         if (!std::isfinite(added))
             throw std::invalid_argument("MASS SCALING: element " + std::to_string(e->getNumber()) +
-                                        " (stable step " + general(stable) +
+                                        " (stable step " + DeckParser::number(stable) +
                                         ") would need a mass that is not a finite number to reach the target "
                                         "step " +
-                                        general(target) + ": choose a smaller target step");
+                                        DeckParser::number(target) + ": choose a smaller target step");
         if (!(added > 0.0)) continue;
         ++scaledElements;
         addedMass += added;
@@ -55,16 +48,17 @@ void MassScaling::apply(const std::vector<std::shared_ptr<Element>>& elements,
 void MassScaling::writeLog(Logger& logger) const {
     if (target == 0.0) return;
     logger.writeSection("Mass scaling", 1);
-    logger.writeList("Target step: " + general(target), 0);
+    logger.writeList("Target step: " + DeckParser::number(target), 0);
     if (scaledElements == 0) {
         logger.writeList("No element needed added mass: every stable step is at least the target step", 0);
     } else {
         logger.writeList("Scaled elements: " + std::to_string(scaledElements), 0);
-        logger.writeList("Added mass: " + general(addedMass), 0);
-        logger.writeList("Model mass before scaling: " + general(modelMass), 0);
-        logger.writeList(
-            "Added mass in per cent of the model mass: " + general(100.0 * addedMass / modelMass) + " %", 0);
-        logger.writeList("Largest factor: " + general(largestFactor) + " (element " +
+        logger.writeList("Added mass: " + DeckParser::number(addedMass), 0);
+        logger.writeList("Model mass before scaling: " + DeckParser::number(modelMass), 0);
+        logger.writeList("Added mass in per cent of the model mass: " +
+                             DeckParser::number(100.0 * addedMass / modelMass) + " %",
+                         0);
+        logger.writeList("Largest factor: " + DeckParser::number(largestFactor) + " (element " +
                              std::to_string(largestElement) + ")",
                          0);
     }

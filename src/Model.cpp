@@ -37,12 +37,6 @@ std::string fixed(double v) {
     return buf;
 }
 
-std::string scientific(double v) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%g", v);
-    return buf;
-}
-
 // The messages of a failure from the outermost to the innermost, which
 // says what was wrong: "At line 10 --> Input STEP is not recognized".
 std::string failureText(const std::exception& e) {
@@ -368,10 +362,10 @@ void Model::step(double& candidateStep, bool clearForces) {
     // A step that is negative, zero, NaN, infinite or too small to change the
     // time would never reach the end time: refuse it before it moves anything.
     if (!std::isfinite(dt))
-        throw std::runtime_error("Time step " + scientific(dt) +
+        throw std::runtime_error("Time step " + DeckParser::number(dt) +
                                  " is not a finite number: the run cannot reach its end time");
     if (!(currentTime + dt > currentTime))
-        throw std::runtime_error("Time step " + scientific(dt) + " does not advance the time from " +
+        throw std::runtime_error("Time step " + DeckParser::number(dt) + " does not advance the time from " +
                                  fixed(currentTime) + ": the run cannot reach its end time");
     energy.beginIncrement(dt, currentTime);
     const std::size_t elementCount = elements.size();
@@ -414,7 +408,7 @@ void Model::step(double& candidateStep, bool clearForces) {
                            n.getZ_rot()))
             throw std::runtime_error(
                 "Node " + std::to_string(n.getNumber()) + " has a non-finite position at time " +
-                fixed(currentTime) + " with time step " + scientific(dt) +
+                fixed(currentTime) + " with time step " + DeckParser::number(dt) +
                 ": the integration diverged (check the time step against the critical one, the loads and "
                 "the material parameters)");
         energy.afterUpdate(n, i);

@@ -1,5 +1,6 @@
 #include "RunMonitor.h"
 
+#include "DeckParser.h"
 #include "Element.h"
 #include "EnergyBalance.h"
 #include "Logger.h"
@@ -14,10 +15,6 @@ std::string format(const char* pattern, double v) {
     char text[64];
     std::snprintf(text, sizeof text, pattern, v);
     return text;
-}
-
-std::string general(double v) {
-    return format("%g", v);
 }
 
 std::string fixedTime(double v) {
@@ -74,8 +71,8 @@ void RunMonitor::afterIncrement(const EnergyBalance& energy, double time, double
                 smallest = e.get();
             }
         }
-        warn("the automatic step fell to " + general(step) + " at time " + fixedTime(time) +
-             ", below a tenth of its first value " + general(firstStep) +
+        warn("the automatic step fell to " + DeckParser::number(step) + " at time " + fixedTime(time) +
+             ", below a tenth of its first value " + DeckParser::number(firstStep) +
              (smallest ? "; element " + std::to_string(smallest->getNumber()) + " sets it" : std::string()) +
              ": an element is being squeezed or distorted there");
     }
@@ -95,7 +92,7 @@ void RunMonitor::check(const EnergyBalance& energy, double time,
     const double percent = energy.errorPercent();
     if (!errorWarned && std::fabs(percent) >= limit.errorWarning) {
         errorWarned = true;
-        warn("the energy error reached " + general(percent) + " % at time " + fixedTime(time) +
+        warn("the energy error reached " + DeckParser::number(percent) + " % at time " + fixedTime(time) +
              " (see the energy history " + csvPath.filename().string() + ")");
     }
     const double input = std::fabs(e.external) + std::fabs(e.prescribed) + e.initialKinetic;
@@ -107,9 +104,10 @@ void RunMonitor::check(const EnergyBalance& energy, double time,
         kineticSince = time;
     if (inertial && !ratioWarned && time - kineticSince >= limit.kineticSpan * endTime) {
         ratioWarned = true;
-        warn("the kinetic energy of the free nodes has been more than " + general(limit.kineticRatio) +
-             " times the internal energy since time " + fixedTime(kineticSince) + " (" +
-             general(e.freeKinetic / e.internal) + " times at time " + fixedTime(time) +
+        warn("the kinetic energy of the free nodes has been more than " +
+             DeckParser::number(limit.kineticRatio) + " times the internal energy since time " +
+             fixedTime(kineticSince) + " (" + DeckParser::number(e.freeKinetic / e.internal) +
+             " times at time " + fixedTime(time) +
              "): inertia drives the motion, the run is not quasi-static");
     }
     const double given = input + std::max(0.0, -e.contact);
@@ -143,9 +141,10 @@ void RunMonitor::check(const EnergyBalance& energy, double time,
 void RunMonitor::heartbeat(const EnergyBalance& energy, double time, double step) {
     const double elapsed = secondsBetween(started, std::chrono::steady_clock::now());
     const double share = endTime > 0.0 ? time / endTime : 1.0;
-    std::string text = "Progress: time " + general(time) + " of " + general(endTime) + " (" +
-                       format("%.1f", 100.0 * share) + " %), " + std::to_string(energy.increments()) +
-                       " increments, step " + general(step) + ", " + format("%.0f", elapsed) + " s so far";
+    std::string text = "Progress: time " + DeckParser::number(time) + " of " + DeckParser::number(endTime) +
+                       " (" + format("%.1f", 100.0 * share) + " %), " + std::to_string(energy.increments()) +
+                       " increments, step " + DeckParser::number(step) + ", " + format("%.0f", elapsed) +
+                       " s so far";
     if (share > 0.0 && share < 1.0)
         text += ", about " + format("%.0f", elapsed * (1.0 - share) / share) + " s left";
     log->writeList(text, 0);
@@ -155,12 +154,14 @@ void RunMonitor::writePrint(const EnergyBalance& energy, double time, double ste
     const EnergyBalance::Totals& e = energy.totals();
     log->writeList("Increments: " + std::to_string(energy.increments()), 1);
     log->writeList("Step: " + format("%.17g", step), 1);
-    log->writeList("Energy balance: kinetic " + general(e.kinetic) + " (free nodes " +
-                       general(e.freeKinetic) + "), internal " + general(e.internal) + ", external work " +
-                       general(e.external) + ", prescribed work " + general(e.prescribed) + ", contact " +
-                       general(e.contact) + ", damping " + general(e.damping),
+    log->writeList("Energy balance: kinetic " + DeckParser::number(e.kinetic) + " (free nodes " +
+                       DeckParser::number(e.freeKinetic) + "), internal " + DeckParser::number(e.internal) +
+                       ", external work " + DeckParser::number(e.external) + ", prescribed work " +
+                       DeckParser::number(e.prescribed) + ", contact " + DeckParser::number(e.contact) +
+                       ", damping " + DeckParser::number(e.damping),
                    1);
-    log->writeList("Energy error: " + general(energy.errorPercent()) + " % of " + general(energy.largest()),
+    log->writeList("Energy error: " + DeckParser::number(energy.errorPercent()) + " % of " +
+                       DeckParser::number(energy.largest()),
                    1);
     if (!csv) return;
     std::fprintf(csv, "%.17g,%ld,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g\n", time,
