@@ -41,32 +41,57 @@ std::string contactDeck(int d) {
     return deck;
 }
 
+// A deck in a folder of this process's own (another run of the benchmarks
+// may be using, and removing, its own at the same time), its model brought
+// through one increment with the console silenced, since the model's
+// start-up lines would interleave with the benchmark table.
+class ScratchModel {
+public:
+    ScratchModel(const std::string& folder, const std::string& deckText)
+        : dir(std::filesystem::temp_directory_path() / (folder + "_" + std::to_string(::getpid()))),
+          model(1, writeDeck(dir, deckText).string()) {}
+    ~ScratchModel() { std::filesystem::remove_all(dir); }
+    // False, with the benchmark skipped and the reason given, when the model
+    // cannot be built or stepped.
+    bool start(benchmark::State& state) {
+        std::ostringstream quiet;
+        auto* console = std::cout.rdbuf(quiet.rdbuf());
+        try {
+            model.initialize();
+            model.assembleMassMatrix();
+            model.setInitialConditions();
+            step();
+        } catch (const std::exception& e) {
+            std::cout.rdbuf(console);
+            state.SkipWithError(chainOf(e).c_str());
+            return false;
+        }
+        std::cout.rdbuf(console);
+        return true;
+    }
+    void step() {
+        model.step(candidate, true);
+        model.advanceTime(true);
+    }
+
+    std::filesystem::path dir;
+    Model model;
+
+private:
+    static std::filesystem::path writeDeck(const std::filesystem::path& folder, const std::string& text) {
+        std::filesystem::create_directories(folder);
+        const auto deck = folder / "contact.txt";
+        std::ofstream(deck) << text;
+        return deck;
+    }
+    double candidate = 90000.0;
+};
+
 void BM_ContactTriangleSearch(benchmark::State& state) {
     const int d = static_cast<int>(state.range(0));
-    // A folder of this process's own: another run of the benchmarks may be
-    // using, and removing, its own at the same time.
-    const auto dir = std::filesystem::temp_directory_path() /
-                     ("drapex_contact_micro_" + std::to_string(::getpid()) + "_" + std::to_string(d));
-    std::filesystem::create_directories(dir);
-    const auto deck = dir / "contact.txt";
-    std::ofstream(deck) << contactDeck(d);
-    Model model(1, deck.string());
-    // The model's start-up lines would interleave with the benchmark table.
-    std::ostringstream quiet;
-    auto* console = std::cout.rdbuf(quiet.rdbuf());
-    try {
-        model.initialize();
-        model.assembleMassMatrix();
-        model.setInitialConditions();
-        double candidate = 90000.0;
-        model.step(candidate, true);
-    } catch (const std::exception& e) {
-        std::cout.rdbuf(console);
-        state.SkipWithError(chainOf(e).c_str());
-        std::filesystem::remove_all(dir);
-        return;
-    }
-    std::cout.rdbuf(console);
+    ScratchModel scratch("drapex_contact_micro_" + std::to_string(d), contactDeck(d));
+    if (!scratch.start(state)) return;
+    Model& model = scratch.model;
     auto& elements = model.getElements();
     std::size_t next = 0;
     micro::PerItem perSearch(state, 1);
@@ -76,7 +101,6 @@ void BM_ContactTriangleSearch(benchmark::State& state) {
         triangle.computeContactForces();
         next = next + 1 == elements.size() ? 0 : next + 1;
     }
-    std::filesystem::remove_all(dir);
 }
 BENCHMARK(BM_ContactTriangleSearch)->Arg(32)->Arg(64)->Arg(128);
 
@@ -107,34 +131,11 @@ std::string heldContactDeck(int d, bool surface) {
 
 void BM_ContactIncrement(benchmark::State& state, bool surface) {
     const int d = static_cast<int>(state.range(0));
-    const auto dir = std::filesystem::temp_directory_path() /
-                     ("drapex_contact_step_" + std::to_string(::getpid()) + "_" + std::to_string(d));
-    std::filesystem::create_directories(dir);
-    const auto deck = dir / "contact.txt";
-    std::ofstream(deck) << heldContactDeck(d, surface);
-    Model model(1, deck.string());
-    std::ostringstream quiet;
-    auto* console = std::cout.rdbuf(quiet.rdbuf());
-    double candidate = 90000.0;
-    try {
-        model.initialize();
-        model.assembleMassMatrix();
-        model.setInitialConditions();
-        model.step(candidate, true);
-        model.advanceTime(true);
-    } catch (const std::exception& e) {
-        std::cout.rdbuf(console);
-        state.SkipWithError(chainOf(e).c_str());
-        std::filesystem::remove_all(dir);
-        return;
-    }
-    std::cout.rdbuf(console);
+    ScratchModel scratch("drapex_contact_step_" + std::to_string(d), heldContactDeck(d, surface));
+    if (!scratch.start(state)) return;
     micro::PerItem perIncrement(state, 1);
-    for (auto _ : state) {
-        model.step(candidate, true);
-        model.advanceTime(true);
-    }
-    std::filesystem::remove_all(dir);
+    for (auto _ : state)
+        scratch.step();
 }
 BENCHMARK_CAPTURE(BM_ContactIncrement, triangles, false)->Arg(32)->Arg(64)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_ContactIncrement, surface, true)->Arg(32)->Arg(64)->Unit(benchmark::kMicrosecond);
