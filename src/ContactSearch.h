@@ -24,10 +24,12 @@ public:
     ContactSearch(const ContactSearch&) = delete;
     ContactSearch& operator=(const ContactSearch&) = delete;
 
-    void addTriangle() { ++numberOfTriangles; }
+    // A contact triangle or surface that will ask for nodes: the nodes are
+    // binned from then on.
+    void addNodeQuerier() { ++nodeQueriers; }
     void addLine(ContactLine* line);
     void removeLine(ContactLine* line);
-    bool isUsed() const { return numberOfTriangles > 0 || !lines.empty(); }
+    bool isUsed() const { return nodeQueriers > 0 || !lines.empty(); }
     int getNumberOfLines() const { return static_cast<int>(lines.size()); }
     // A number not handed out before: a line marks the lines it has met in
     // one search with it, so that it meets each only once.
@@ -108,7 +110,7 @@ private:
     // to the list that every query scans (non-finite or very long).
     bool lineCells(const ContactLine& line, int& x0, int& x1, int& s0, int& s1) const;
 
-    int numberOfTriangles = 0;
+    int nodeQueriers = 0;
     unsigned long marks = 0;
     std::vector<ContactLine*> lines;
 

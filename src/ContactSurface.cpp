@@ -337,8 +337,7 @@ void ContactSurface::setInitialConditions(const std::vector<std::shared_ptr<Node
 void ContactSurface::attachContactSearch(ContactSearch& s) {
     if (search == &s) return;
     search = &s;
-    // The search bins the nodes for every contact element that asks.
-    search->addTriangle();
+    search->addNodeQuerier();
 }
 
 void ContactSurface::offer(int f, Node* node, double x, double y, double z) {

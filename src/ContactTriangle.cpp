@@ -108,7 +108,7 @@ void ContactTriangle::setInitialConditions() {
 void ContactTriangle::attachContactSearch(ContactSearch& index) {
     if (search == &index) return;
     search = &index;
-    search->addTriangle();
+    search->addNodeQuerier();
 }
 
 void ContactTriangle::updateLocalCoordinateSystem() {
