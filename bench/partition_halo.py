@@ -37,6 +37,12 @@ Exchange model (docs/design-distributed.md explains it):
 Contact elements (CONTACT_TRIANGLE, CONTACT_LINE, CONTACT_FACET) are tools
 that every part would hold whole: they are left out of the partition.
 
+With --reach R the table adds, for the contact search of a sheet that may
+touch itself, the nodes of other parts within R of a node the part touches
+(initial positions) and the ratio when their positions come in and the
+contact forces on them go back with the halo, in the same messages.
+--metis passes options to gpmetis (-minconn, -objtype=vol, -ufactor=N).
+
 With --case the connectivity is built directly by the generators' own mesh
 function (tools/gendeck.py `rectangle`, the sheet of the benchmark decks of
 bench/run_benchmarks.py: 100 x 100, d x d cells, two triangles each, d
@@ -78,9 +84,9 @@ def metis_missing():
 
 def read_deck(path):
     """Element connectivity of a deck as a list of 0-based node-index tuples
-    (in deck order, tools left out) and the number of nodes. One pass, no
-    search: node numbers go through a dictionary."""
-    index, elements, block, kind = {}, [], "", ""
+    (in deck order, tools left out) and the nodes' initial positions. One
+    pass, no search: node numbers go through a dictionary."""
+    index, points, elements, block, kind = {}, [], [], "", ""
     with open(path) as deck:
         for line in deck:
             words = line.split()
@@ -90,7 +96,9 @@ def read_deck(path):
                 block, kind = words[0], (words[2] if len(words) > 2 else "")
                 continue
             if block == "NODES":
-                index.setdefault(int(words[0]), len(index))
+                if index.setdefault(int(words[0]), len(index)) == len(points):
+                    x = dict(zip(words[1::2], words[2::2]))
+                    points.append(tuple(float(x.get(c, 0.0)) for c in "XYZ"))
             elif block == "ELEMENTS" and kind not in TOOL_TYPES and "NODES" in words:
                 ids = []
                 for word in words[words.index("NODES") + 1:]:
@@ -98,7 +106,7 @@ def read_deck(path):
                         break
                     ids.append(int(word))
                 elements.append(ids)
-    return [tuple(index[n] for n in ids) for ids in elements], len(index)
+    return [tuple(index[n] for n in ids) for ids in elements], np.array(points).reshape(-1, 3)
 
 
 def benchmark_mesh(case, elements):
@@ -108,13 +116,13 @@ def benchmark_mesh(case, elements):
         # A net of c x c cells has 2 c (c + 1) rods.
         div = max(1, round((-1 + math.sqrt(1 + 2 * elements)) / 2))
         mesh = gendeck.rectangle(100.0, 100.0, div, div)
-        return mesh.lines, len(mesh.points), div
+        return mesh.lines, np.array(mesh.points), div
     div = max(1, round(math.sqrt(elements / 2.0)))
     mesh = gendeck.rectangle(100.0, 100.0, div, div, pattern="alternate" if case == "shell" else "right")
-    return mesh.triangles, len(mesh.points), div
+    return mesh.triangles, np.array(mesh.points), div
 
 
-def metis_parts(elements, nodes, counts, workdir):
+def metis_parts(elements, counts, workdir, options=()):
     """{K: part of each element} from gpmetis on the dual graph of the mesh
     (elements joined when they share an edge; rods, which share only nodes,
     when they share a node)."""
@@ -131,14 +139,15 @@ def metis_parts(elements, nodes, counts, workdir):
     for k in counts:
         if k > len(elements):
             continue
-        subprocess.run(["gpmetis", graph, str(k)], check=True, capture_output=True)
+        subprocess.run(["gpmetis", *options, graph, str(k)], check=True, capture_output=True)
         parts[k] = np.loadtxt("%s.part.%d" % (graph, k), dtype=np.int64, ndmin=1)
     return parts
 
 
-def halo_stats(elements, part, k):
+def halo_stats(elements, part, k, near=None):
     """What crosses per increment for the parts of one partition; arrays
-    indexed by part."""
+    indexed by part. `near`: pairs of nodes (i, j) within the contact reach
+    of each other, for the nodes each part's contact search must also see."""
     sizes = np.array([len(e) for e in elements])
     flat = np.fromiter((n for e in elements for n in e), dtype=np.int64, count=int(sizes.sum()))
     # (node, part) pairs, each once, sorted by node then part.
@@ -171,7 +180,32 @@ def halo_stats(elements, part, k):
                 every.append(rows[:, a] * k + rows[:, b])
     links = np.unique(np.concatenate(every)) if every else np.zeros(0, dtype=np.int64)
     all_neighbours = np.bincount(np.concatenate([links // k, links % k]), minlength=k)
+    reach = np.zeros(k, dtype=np.int64)
+    if near is not None and len(near):
+        # Nodes of another part within reach of a node the part touches and
+        # not touched by it: their positions come in, the contact forces
+        # the part puts on them go back to their owners.
+        count = int(max(near.max(), node.max())) + 1
+        touched = np.bincount(node, minlength=count)
+        first_of = np.cumsum(np.concatenate([[0], touched]))
+        node_owner = np.full(count, -1)
+        node_owner[node[first]] = owner_part[first]
+        both = np.concatenate([near, near[:, ::-1]])
+        # A pair inside one part's own nodes brings nothing new; nodes of no
+        # element (tools) are on every part.
+        both = both[((touched[both[:, 0]] > 1) | (node_owner[both[:, 0]] != node_owner[both[:, 1]]))
+                    & (touched[both[:, 1]] > 0)]
+        # Every part touching the near node i looks at j.
+        reps = touched[both[:, 0]]
+        starts = np.repeat(first_of[both[:, 0]], reps)
+        offsets = np.arange(len(starts)) - np.repeat(np.cumsum(reps) - reps, reps)
+        seer = owner_part[starts + offsets]
+        seen = np.unique(seer * count + np.repeat(both[:, 1], reps))
+        seen_part, seen_node = seen // count, seen % count
+        already = np.isin(seen_node * k + seen_part, pairs, assume_unique=False)
+        reach = np.bincount(seen_part[~already], minlength=k)
     return {
+        "reach": reach,
         "elements": np.bincount(part, minlength=k),
         "halo": halo,
         "owner_bytes": owner_bytes,
@@ -186,13 +220,15 @@ def exchange_us(data_bytes, messages, k, bandwidth, latency):
     return data_bytes / bandwidth * 1e6 + (messages + reduce_rounds) * latency * 1e6
 
 
-def table(elements, parts, cost, bandwidth, latency, out=sys.stdout):
+def table(elements, parts, cost, bandwidth, latency, near=None, out=sys.stdout):
     """Prints the table; returns the largest K under a tenth and the rows."""
+    extra = " contact ghosts max / mean | ratio with contact |" if near is not None else ""
     out.write("| parts | elements/part | halo nodes max / mean | neighbours max | KB/part max | exchange us | "
-              "element us | ratio | redundant |\n|---|---|---|---|---|---|---|---|---|\n")
+              "element us | ratio | redundant |%s\n|---|---|---|---|---|---|---|---|---|%s\n" % (
+                  extra, "---|---|" if extra else ""))
     best, rows = None, []
     for k, part in sorted(parts.items()):
-        s = halo_stats(elements, part, k)
+        s = halo_stats(elements, part, k, near)
         element_us = s["elements"].max() * cost
         owner_us = exchange_us(s["owner_bytes"], 2 * s["owner_neighbours"], k, bandwidth, latency).max()
         redundant_us = exchange_us(s["redundant_bytes"], s["all_neighbours"], k, bandwidth, latency).max()
@@ -201,9 +237,18 @@ def table(elements, parts, cost, bandwidth, latency, out=sys.stdout):
                          neighbours=int(s["owner_neighbours"].max()), bytes_max=int(s["owner_bytes"].max()),
                          exchange_us=owner_us, element_us=element_us, ratio=ratio,
                          redundant_ratio=redundant_us / element_us))
-        out.write("| %d | %d | %d / %.0f | %d | %.1f | %.1f | %.1f | %.3f | %.3f |\n" % (
+        line = "| %d | %d | %d / %.0f | %d | %.1f | %.1f | %.1f | %.3f | %.3f |" % (
             k, s["elements"].max(), s["halo"].max(), s["halo"].mean(), s["owner_neighbours"].max(),
-            s["owner_bytes"].max() / 1000.0, owner_us, element_us, ratio, redundant_us / element_us))
+            s["owner_bytes"].max() / 1000.0, owner_us, element_us, ratio, redundant_us / element_us)
+        if near is not None:
+            # Positions in and contact forces out, in the same two messages
+            # per neighbour as the halo (a part within reach is nearly
+            # always a neighbour already).
+            with_contact = exchange_us(s["owner_bytes"] + (FORCE_BYTES + POSITION_BYTES) * s["reach"],
+                                       2 * s["owner_neighbours"], k, bandwidth, latency).max()
+            rows[-1].update(reach_max=int(s["reach"].max()), contact_ratio=with_contact / element_us)
+            line += " %d / %.0f | %.3f |" % (s["reach"].max(), s["reach"].mean(), with_contact / element_us)
+        out.write(line + "\n")
         if ratio < 0.1:
             best = k
     return best, rows
@@ -219,6 +264,10 @@ def main(argv=None):
     p.add_argument("--cost", type=float, help="us per element and increment (default: the case's, else textile's)")
     p.add_argument("--bandwidth", type=float, default=10.0, help="GB/s (default 10)")
     p.add_argument("--latency", type=float, default=2.0, help="us per message (default 2)")
+    p.add_argument("--reach", type=float,
+                   help="contact reach (mm): also count the nodes of other parts within it of a part's nodes")
+    p.add_argument("--metis", nargs="+", default=[], metavar="OPTION",
+                   help="options for gpmetis, e.g. -minconn or -objtype=vol (write them as --metis=-minconn)")
     args = p.parse_args(argv)
 
     missing = metis_missing()
@@ -227,20 +276,25 @@ def main(argv=None):
               "(apt-get install metis, or bash tools/build.sh) and run again." % ", ".join(missing))
         return 0
     if args.deck:
-        elements, nodes = read_deck(args.deck)
-        what = "%s: %d elements, %d nodes" % (args.deck, len(elements), nodes)
+        elements, points = read_deck(args.deck)
+        what = "%s: %d elements, %d nodes" % (args.deck, len(elements), len(points))
     else:
-        elements, nodes, div = benchmark_mesh(args.case, args.elements)
-        what = "%s sheet, %d x %d cells: %d elements, %d nodes" % (args.case, div, div, len(elements), nodes)
+        elements, points, div = benchmark_mesh(args.case, args.elements)
+        what = "%s sheet, %d x %d cells: %d elements, %d nodes" % (args.case, div, div, len(elements), len(points))
     if not elements:
         print("No elements to partition in %s (contact elements are left out)." % args.deck)
         return 0
     cost = args.cost if args.cost is not None else COSTS.get(args.case or "textile")
     print("%s; %.3g us per element and increment; network %g GB/s, %g us per message" % (
         what, cost, args.bandwidth, args.latency))
+    near = None
+    if args.reach is not None:
+        from scipy.spatial import cKDTree
+        near = cKDTree(points).query_pairs(args.reach, output_type="ndarray")
+        print("Contact reach %g: nodes of other parts within it of a part's nodes, initial positions" % args.reach)
     with tempfile.TemporaryDirectory() as work:
-        parts = metis_parts(elements, nodes, args.parts, work)
-    best, _ = table(elements, parts, cost, args.bandwidth * 1e9, args.latency * 1e-6)
+        parts = metis_parts(elements, args.parts, work, args.metis)
+    best, _ = table(elements, parts, cost, args.bandwidth * 1e9, args.latency * 1e-6, near)
     if best is None:
         print("Exchange is above a tenth of the element time at every part count tried.")
     else:
