@@ -299,6 +299,9 @@ void Model::setInitialConditions() {
 
         checkNodeNumbering();
         setUpContactSurfaces();
+        // Trackers and contact surfaces have found their elements by number:
+        // the run needs the map no more.
+        std::unordered_map<int, std::shared_ptr<Element>>().swap(elementMap);
         parallel.setUp(elements, nodes);
         nodeRunSums.assign(parallel.numberOfRuns(), EnergyBalance::Partial{});
         firstDiverged.assign(parallel.numberOfRuns(), 0);
@@ -380,7 +383,7 @@ void Model::step(double& candidateStep, bool clearForces) {
     parallel.elementPass(elements, dt, currentTime, automaticTimeStep, candidateStep);
     // Named contact surfaces push each node once, after the elements' own contact.
     for (auto& s : surfaces)
-        s->computeContactForces(dt);
+        s->computeContactForces(dt, parallel);
     // A body's members hand their forces to its reference node, which moves
     // them after its own update.
     for (auto& b : rigidBodies)
@@ -441,7 +444,7 @@ void Model::step(double& candidateStep, bool clearForces) {
         b->placeMembers();
     // Only contact elements read the search: a model without them does not
     // rebin its nodes.
-    if (contactSearch && contactSearch->isUsed()) contactSearch->update(nodes);
+    if (contactSearch && contactSearch->isUsed()) contactSearch->update(nodes, &parallel);
     if (automaticTimeStep) timeStep = candidateStep;
 }
 
