@@ -107,7 +107,8 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes, Para
                 task(r);
     };
     forEachRun([&](std::size_t r) {
-        Extent& x = extents[r];
+        // Found here and stored once (neighbouring runs share cache lines).
+        Extent x;
         x.binned = 0;
         x.loose = false;
         for (std::size_t i = r * size; i < std::min(count, (r + 1) * size); ++i) {
@@ -125,6 +126,7 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes, Para
             }
             ++x.binned;
         }
+        extents[r] = x;
     });
     double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
     int binned = 0;

@@ -495,7 +495,7 @@ void ContactSurface::computeContactForces(double dt, ParallelLoop& loop) {
     const std::size_t blocks = (facets.size() + size - 1) / size;
     if (offers.size() < blocks) offers.resize(blocks);
     loop.forEach(blocks, facets.size() >= ParallelLoop::parallelFrom, [&](std::size_t block) {
-        std::vector<Offer>& found = offers[block];
+        std::vector<Offer>& found = offers[block].list;
         found.clear();
         const std::size_t end = std::min(facets.size(), (block + 1) * size);
         for (std::size_t f = block * size; f < end; ++f) {
@@ -526,7 +526,7 @@ void ContactSurface::computeContactForces(double dt, ParallelLoop& loop) {
         }
     });
     for (std::size_t block = 0; block < blocks; ++block)
-        for (const Offer& offer : offers[block])
+        for (const Offer& offer : offers[block].list)
             take(offer);
     // In node order, so that the sums on shared facet nodes do not depend on
     // the order in which the search found the nodes.

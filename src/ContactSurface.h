@@ -142,10 +142,15 @@ private:
     std::vector<Node*> byIndex; // node number - 1 -> node
     std::vector<char> acting;   // by node number - 1
     int actingCount = 0;
-    std::vector<Slot> slots;                // by node number - 1
-    std::vector<double> tangential;         // 3 per node: the carried friction force
-    std::vector<int> touched;               // nodes taken in this increment
-    std::vector<std::vector<Offer>> offers; // per block of facets, kept from one increment to the next
+    std::vector<Slot> slots;        // by node number - 1
+    std::vector<double> tangential; // 3 per node: the carried friction force
+    std::vector<int> touched;       // nodes taken in this increment
+    // Per block of facets, kept from one increment to the next; each on a
+    // cache line of its own, since threads fill neighbouring blocks at once.
+    struct alignas(64) Offers {
+        std::vector<Offer> list;
+    };
+    std::vector<Offers> offers;
     int epoch = 0;
     double normalForce = 0.0;
     ContactSearch* search = nullptr;

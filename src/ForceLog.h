@@ -17,7 +17,9 @@
 
 class Node;
 
-class ForceLog {
+// Each log has a cache line of its own: threads add to neighbouring logs at
+// the same time.
+class alignas(64) ForceLog {
 public:
     // Which accumulator of the node an entry is for.
     enum Family : int { internal = 0, external = 1, contact = 2 };

@@ -394,8 +394,9 @@ void Model::step(double& candidateStep, bool clearForces) {
     const std::size_t count = nodes.size();
     const double time = currentTime;
     parallel.forEach(parallel.numberOfRuns(), parallel.nodesInParallel(), [&](std::size_t r) {
-        EnergyBalance::Partial& sums = nodeRunSums[r];
-        sums = EnergyBalance::Partial{};
+        // Summed here and stored once: the runs' sums lie side by side, and
+        // threads writing neighbours would share their cache lines.
+        EnergyBalance::Partial sums;
         firstDiverged[r] = count;
         const std::size_t first = r * parallel.nodesPerRun();
         const std::size_t end = std::min(count, first + parallel.nodesPerRun());
@@ -419,11 +420,13 @@ void Model::step(double& candidateStep, bool clearForces) {
             if (!std::isfinite(n.getX_pos() + n.getY_pos() + n.getZ_pos() + n.getX_rot() + n.getY_rot() +
                                n.getZ_rot())) {
                 firstDiverged[r] = i;
+                nodeRunSums[r] = sums;
                 return;
             }
             energy.afterUpdate(n, i, around, sums);
             if (clearForces) n.clearNodalForces();
         }
+        nodeRunSums[r] = sums;
     });
     internalEnergy = 0.0;
     kineticEnergy = 0.0;
