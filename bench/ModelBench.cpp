@@ -5,11 +5,14 @@
 //
 //   drapex_bench DECK [--seconds S] [--increments N]
 //
+// (logged is the number of nodal contributions the last element pass kept
+// in the logs of its blocks, see ForceLog.h)
+//
 // Prints the program's own start-up lines, then one line
 //   RESULT elements=.. nodes=.. increments=.. us_per_increment=..
 //          us_per_element_step=.. allocations_per_increment=..
 //          model_bytes=.. peak_bytes=.. max_rss_kb=.. setup_seconds=..
-//          time_step=.. wall_us_per_increment=..
+//          time_step=.. wall_us_per_increment=.. threads=.. logged=..
 // where the times per increment are processor time (the wall-clock time
 // is given last), model_bytes is the heap the assembled model holds and peak_bytes the
 // most heap held at once from reading the deck to the end of the timed loop.
@@ -106,13 +109,15 @@ int main(int argc, char** argv) {
         std::printf(
             "RESULT elements=%zu nodes=%zu increments=%ld us_per_increment=%.3f "
             "us_per_element_step=%.5f allocations_per_increment=%.2f model_bytes=%lld "
-            "peak_bytes=%lld max_rss_kb=%ld setup_seconds=%.3f time_step=%g wall_us_per_increment=%.3f\n",
+            "peak_bytes=%lld max_rss_kb=%ld setup_seconds=%.3f time_step=%g wall_us_per_increment=%.3f threads=%d "
+            "logged=%zu\n",
             model.getElements().size(), model.getNodes().size(), done, perIncrement,
             elements > 0 ? perIncrement / elements : 0.0,
             static_cast<double>(after.allocations - before.allocations) / static_cast<double>(done),
             static_cast<long long>(built.liveBytes - base.liveBytes),
             static_cast<long long>(after.peakBytes - base.liveBytes), usage.ru_maxrss, setupSeconds,
-            model.getTimeStep(), wallPerIncrement);
+            model.getTimeStep(), wallPerIncrement, ParallelLoop::threads(),
+            model.getParallelLoop().loggedContributions());
     } catch (const std::exception& e) {
         std::cerr << "drapex_bench: " << chainOf(e) << "\n";
         return 1;

@@ -7,10 +7,17 @@
     python3 bench/run_benchmarks.py --smoke    # tiny cases, one short run each
     python3 bench/run_benchmarks.py --against OLD/drapex_bench
                                                # two builds side by side
+    python3 bench/run_benchmarks.py --threads 1,2
+                                               # the same build on 1 and 2 threads
 
 With --against, every case runs the same increments with both builds in
 turn (A B A B ...), so that the drift of a shared machine hits both alike,
 and the table gives both figures and their ratio.
+
+With --threads, every case runs once per thread count (OMP_NUM_THREADS), in
+turn, and the runs are ranked by their wall-clock time per increment (the
+processor time of several threads adds up); the table adds the speed-up of
+each count over the first.
 
 The smoke mode takes a few seconds and is run by the test command: it checks
 that every case still builds, runs and reports its figures. It never fails
@@ -26,6 +33,7 @@ loop with no output written. Columns:
                and the contact search); the fastest of --repeat runs
                of the same increments
   us/step      processor time of one increment
+  wall us/step wall-clock time of one increment
   allocs/inc   heap allocations per increment (counting operator new)
   KB/el peak   most heap held at once, from reading the deck to the end of
                the timed increments, per element
@@ -120,16 +128,21 @@ def make_deck(command, workdir):
     return deck, ""
 
 
-def run_case(deck, benches, workdir, seconds, repeat):
-    """The fastest of `repeat` runs of each build, the builds taking turns."""
+def run_case(deck, benches, workdir, seconds, repeat, threads=None):
+    """The fastest of `repeat` runs of each build, the builds taking turns.
+
+    benches is a list of (drapex_bench, thread count or None)."""
     # Other work on the machine only ever adds time: of several runs of the
     # same increments, the fastest is the best estimate of the cost.
     best = [None] * len(benches)
     increments = None
     for _ in range(repeat):
-        for k, bench in enumerate(benches):
+        for k, (bench, count) in enumerate(benches):
             limit = ["--increments", increments] if increments else ["--seconds", str(seconds)]
-            ran = subprocess.run([bench, deck] + limit, capture_output=True, text=True, cwd=workdir)
+            env = dict(os.environ)
+            if count:
+                env["OMP_NUM_THREADS"] = str(count)
+            ran = subprocess.run([bench, deck] + limit, capture_output=True, text=True, cwd=workdir, env=env)
             result = None
             for line in ran.stdout.splitlines():
                 if line.startswith("RESULT "):
@@ -137,7 +150,8 @@ def run_case(deck, benches, workdir, seconds, repeat):
             if result is None:
                 return None, "failed: " + (ran.stderr.strip() or ran.stdout.strip()[-300:])
             increments = result["increments"]
-            if best[k] is None or float(result["us_per_element_step"]) < float(best[k]["us_per_element_step"]):
+            key = "wall_us_per_increment" if count else "us_per_element_step"
+            if best[k] is None or float(result[key]) < float(best[k][key]):
                 best[k] = result
     return best, ""
 
@@ -152,18 +166,21 @@ def main(argv=None):
     p.add_argument("--smoke", action="store_true", help="tiny cases, one short run each (a few seconds)")
     p.add_argument("--bench", default=os.path.join(ROOT, "build", "bench", "drapex_bench"))
     p.add_argument("--against", help="a second drapex_bench (another build) to run side by side")
+    p.add_argument("--threads", help="thread counts to run the build with, side by side (e.g. 1,2)")
     args = p.parse_args(argv)
-    benches = [os.path.abspath(b) for b in [args.bench, args.against] if b]
-    for b in benches:
+    paths = [os.path.abspath(b) for b in [args.bench, args.against] if b]
+    counts = [int(c) for c in args.threads.split(",")] if args.threads else [None]
+    benches = [(b, c) for b in paths for c in counts]
+    for b in paths:
         if not os.path.exists(b):
             sys.exit("%s not found: build with -DDRAPEX_BENCH=ON (bash tools/build.sh)" % b)
     seconds = args.seconds if args.seconds is not None else (2.0 if args.full else 1.0)
     if args.smoke:
         seconds, args.repeat = 0.1, 1
 
-    header = ("%-18s %-44s %8s %8s %6s %10s %10s %10s %10s %11s" %
-              ("case", "element / material", "elements", "nodes", "incs", "us/el-step", "us/step", "allocs/inc",
-               "KB/el peak", "KB/el model"))
+    header = ("%-18s %-44s %8s %8s %6s %10s %10s %12s %10s %10s %11s" %
+              ("case", "element / material", "elements", "nodes", "incs", "us/el-step", "us/step", "wall us/step",
+               "allocs/inc", "KB/el peak", "KB/el model"))
     print(header)
     print("-" * len(header))
     contact_steps = []
@@ -180,13 +197,23 @@ def main(argv=None):
                 continue
             for k, result in enumerate(results):
                 elements = int(result["elements"])
-                tag = "" if len(results) == 1 else (" (A)" if k == 0 else " (B)")
-                print("%-18s %-44s %8d %8s %6s %10.4f %10.1f %10.2f %10.2f %11.2f" %
+                if benches[k][1]:
+                    tag = " %dt" % benches[k][1] + ("" if len(paths) == 1 else " " + "AB"[k // len(counts)])
+                else:
+                    tag = "" if len(results) == 1 else (" (A)" if k == 0 else " (B)")
+                print("%-18s %-44s %8d %8s %6s %10.4f %10.1f %12.1f %10.2f %10.2f %11.2f" %
                       ((name + tag)[:18], label, elements, result["nodes"], result["increments"],
                        float(result["us_per_element_step"]), float(result["us_per_increment"]),
-                       float(result["allocations_per_increment"]), int(result["peak_bytes"]) / 1024.0 / elements,
-                       int(result["model_bytes"]) / 1024.0 / elements))
-            if len(results) == 2:
+                       float(result["wall_us_per_increment"]), float(result["allocations_per_increment"]),
+                       int(result["peak_bytes"]) / 1024.0 / elements, int(result["model_bytes"]) / 1024.0 / elements))
+            if args.threads:
+                for k in range(1, len(results)):
+                    if k % len(counts):
+                        first = results[k - k % len(counts)]
+                        print("%-18s %d threads: speed-up %.2f (wall)" %
+                              ("", benches[k][1],
+                               float(first["wall_us_per_increment"]) / float(results[k]["wall_us_per_increment"])))
+            elif len(results) == 2:
                 ratio = float(results[0]["us_per_element_step"]) / float(results[1]["us_per_element_step"])
                 print("%-18s A/B = %.3f" % ("", ratio))
             sys.stdout.flush()

@@ -55,7 +55,7 @@ double AmpTabular::at(double time) {
         if (*it == last) return it->second;
         const auto next = it + 1;
         if (it->first <= time && time < next->first) {
-            cursor = k;
+            if (cursor != k) cursor = k; // read-only once on the segment: threads share it
             return it->second + (time - it->first) * (next->second - it->second) / (next->first - it->first);
         }
     }

@@ -1,5 +1,7 @@
 #include "ContactSearch.h"
 
+#include "ParallelLoop.h"
+
 #include "ContactLine.h"
 #include "Node.h"
 
@@ -74,7 +76,7 @@ bool ContactSearch::lineCells(const ContactLine& line, int& x0, int& x1, int& s0
     return (x1 - x0 + 1) * (s1 - s0 + 1) <= max_cells_per_line_;
 }
 
-void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
+void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes, ParallelLoop* loop) {
     // Nodes are read in number order, which is the order the deck reader made
     // them in and so follows memory; reading them in x order instead would
     // jump through memory once the model outgrows the caches.
@@ -88,25 +90,60 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
     }
     const std::size_t count = ordered.size();
 
-    // One read of every position; extent of the finite ones.
+    // One read of every position; extent of the finite ones, each run of
+    // nodes on its own and then the runs in order (a least and a greatest
+    // value do not depend on the order they are taken in).
     packed.resize(count);
     looseNodes.clear();
+    const std::size_t size = ParallelLoop::share(count);
+    const std::size_t runs = (count + size - 1) / size;
+    const bool parallel = loop && count >= ParallelLoop::parallelFrom;
+    extents.resize(runs);
+    auto forEachRun = [&](auto&& task) {
+        if (loop)
+            loop->forEach(runs, parallel, task);
+        else
+            for (std::size_t r = 0; r < runs; ++r)
+                task(r);
+    };
+    forEachRun([&](std::size_t r) {
+        // Found here and stored once (neighbouring runs share cache lines).
+        Extent x;
+        x.binned = 0;
+        x.loose = false;
+        for (std::size_t i = r * size; i < std::min(count, (r + 1) * size); ++i) {
+            Node* n = ordered[i];
+            Entry& e = packed[i];
+            e = {n->getX_pos(), n->getY_pos(), n->getZ_pos(), n};
+            if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)) {
+                x.loose = true;
+                continue;
+            }
+            const double c[3] = {e.x, e.y, e.z};
+            for (int k = 0; k < 3; ++k) {
+                if (x.binned == 0 || c[k] < x.lo[k]) x.lo[k] = c[k];
+                if (x.binned == 0 || c[k] > x.hi[k]) x.hi[k] = c[k];
+            }
+            ++x.binned;
+        }
+        extents[r] = x;
+    });
     double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
     int binned = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        Node* n = ordered[i];
-        Entry& e = packed[i];
-        e = {n->getX_pos(), n->getY_pos(), n->getZ_pos(), n};
-        if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)) {
-            looseNodes.push_back(e);
-            continue;
-        }
-        const double c[3] = {e.x, e.y, e.z};
+    for (std::size_t r = 0; r < runs; ++r) {
+        const Extent& x = extents[r];
+        if (x.loose)
+            for (std::size_t i = r * size; i < std::min(count, (r + 1) * size); ++i) {
+                const Entry& e = packed[i];
+                if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z))
+                    looseNodes.push_back(e);
+            }
+        if (x.binned == 0) continue;
         for (int k = 0; k < 3; ++k) {
-            if (binned == 0 || c[k] < lo[k]) lo[k] = c[k];
-            if (binned == 0 || c[k] > hi[k]) hi[k] = c[k];
+            if (binned == 0 || x.lo[k] < lo[k]) lo[k] = x.lo[k];
+            if (binned == 0 || x.hi[k] > hi[k]) hi[k] = x.hi[k];
         }
-        ++binned;
+        binned += x.binned;
     }
     // The second axis is the wider of y and z.
     axis = (hi[2] - lo[2] > hi[1] - lo[1]) ? 2 : 1;
@@ -141,19 +178,20 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes) {
     sizeS = lengthS > 0.0 ? lengthS / cellsS : 1.0;
     const int cells = cellsX * cellsS;
 
-    // Counting sort into the cells, keeping number order within a cell.
+    // Counting sort into the cells, keeping number order within a cell; the
+    // cells are found run by run, counted and filled in node order.
     nodeStart.assign(cells + 1, 0);
     cellOfNode.resize(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        const Entry& e = packed[i];
-        if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)) {
-            cellOfNode[i] = -1;
-            continue;
+    forEachRun([&](std::size_t r) {
+        for (std::size_t i = r * size; i < std::min(count, (r + 1) * size); ++i) {
+            const Entry& e = packed[i];
+            cellOfNode[i] = !std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)
+                                ? -1
+                                : cellX(e.x) * cellsS + cellS(axis == 1 ? e.y : e.z);
         }
-        const int cell = cellX(e.x) * cellsS + cellS(axis == 1 ? e.y : e.z);
-        cellOfNode[i] = cell;
-        ++nodeStart[cell + 1];
-    }
+    });
+    for (std::size_t i = 0; i < count; ++i)
+        if (cellOfNode[i] >= 0) ++nodeStart[cellOfNode[i] + 1];
     for (int c = 0; c < cells; ++c)
         nodeStart[c + 1] += nodeStart[c];
     nodeItems.resize(nodeStart[cells]);

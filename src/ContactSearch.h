@@ -15,6 +15,7 @@
 
 class ContactLine;
 class Node;
+class ParallelLoop;
 
 class ContactSearch {
 public:
@@ -39,7 +40,9 @@ public:
     // grows, the buffers are reused from one increment to the next. The node
     // vector is expected to keep its nodes from one call to the next (a
     // different vector or a new size is taken as a new set of nodes).
-    void update(const std::vector<std::shared_ptr<Node>>& nodes);
+    // With a loop, runs of nodes are read and binned on its threads (the
+    // same bins in the same order).
+    void update(const std::vector<std::shared_ptr<Node>>& nodes, ParallelLoop* loop = nullptr);
 
     // Calls visit(Node*, x, y, z) once for every node with xLow < x < xHigh that the
     // box [yLow, yHigh] x [zLow, zHigh] does not reject: the same test as the
@@ -124,6 +127,14 @@ private:
     std::vector<ContactLine*> lineItems;
     std::vector<ContactLine*> looseLines;
     std::vector<int> cellOfNode;
+    // Per run of nodes: extent of its finite positions, how many, and
+    // whether any is not finite.
+    struct Extent {
+        double lo[3], hi[3];
+        int binned;
+        bool loose;
+    };
+    std::vector<Extent> extents;
     std::vector<int> cursor;
     // The node vector last indexed, its nodes in number order, their positions.
     const std::vector<std::shared_ptr<Node>>* source = nullptr;

@@ -1,5 +1,7 @@
 #include "ContactSurface.h"
 
+#include "ParallelLoop.h"
+
 #include "ContactSearch.h"
 #include "DeckParser.h"
 #include "Element.h"
@@ -340,11 +342,11 @@ void ContactSurface::attachContactSearch(ContactSearch& s) {
     search->addNodeQuerier();
 }
 
-void ContactSurface::offer(int f, Node* node, double x, double y, double z) {
+bool ContactSurface::evaluate(int f, const Node* node, double x, double y, double z, Offer& offer) const {
     const std::size_t index = static_cast<std::size_t>(node->getNumber() - 1);
-    if (!acting[index]) return;
+    if (!acting[index]) return false;
     const Facet& facet = facets[static_cast<std::size_t>(f)];
-    if (node == facet.node[0] || node == facet.node[1] || node == facet.node[2]) return;
+    if (node == facet.node[0] || node == facet.node[1] || node == facet.node[2]) return false;
     const Vec p{x, y, z};
     const Vec a = corner(facet, 0), b = corner(facet, 1), c = corner(facet, 2);
     double w[3];
@@ -353,50 +355,59 @@ void ContactSurface::offer(int f, Node* node, double x, double y, double z) {
     const Vec pq = sub(p, q);
     const double d = std::sqrt(dot(pq, pq));
 
-    Slot& slot = slots[index];
-    if (slot.epoch != epoch) {
-        slot = Slot{0.0, {0.0, 0.0, 0.0}, -1, epoch, slot.contactEpoch, false, false};
-    }
-    double distance;
-    bool takesOver;
+    offer.facet = f;
+    offer.index = static_cast<int>(index);
+    offer.inFront = false;
     if (kind == Kind::Shell) {
-        if (!(d < 0.5 * thickness)) return;
-        distance = d;
-        takesOver = over;
+        if (!(d < 0.5 * thickness)) return false;
+        offer.distance = d;
+        offer.over = over;
     } else {
         const Vec n{facet.normal[0], facet.normal[1], facet.normal[2]};
-        if (!(d <= thickness)) return;
+        if (!(d <= thickness)) return false;
         const double side = dot(n, sub(p, a));
         if (over) {
             if (side > 0.0) {
-                slot.inFront = true;
-                return;
+                offer.inFront = true;
+                return true;
             }
-            if (side < -thickness) return;
-            distance = -side;
+            if (side < -thickness) return false;
+            offer.distance = -side;
         } else {
             if (dot(n, pq) > 0.0) {
-                slot.inFront = true;
-                return;
+                offer.inFront = true;
+                return true;
             }
             // The nearest point on the rim of an open surface: nothing is
             // behind it.
-            if (onBoundary(facet, w)) return;
-            distance = d;
+            if (onBoundary(facet, w)) return false;
+            offer.distance = d;
         }
-        takesOver = over;
+        offer.over = over;
+    }
+    for (int k = 0; k < 3; ++k)
+        offer.weights[k] = w[k];
+    return true;
+}
+
+void ContactSurface::take(const Offer& offer) {
+    Slot& slot = slots[static_cast<std::size_t>(offer.index)];
+    if (slot.epoch != epoch) slot = Slot{0.0, {0.0, 0.0, 0.0}, -1, epoch, slot.contactEpoch, false, false};
+    if (offer.inFront) {
+        slot.inFront = true;
+        return;
     }
     // A facet the node lies over beats one it only meets at a fold; then the
     // nearer one; on a tie the facet seen first (the lower one) keeps it.
-    const bool better =
-        slot.facet < 0 || (takesOver && !slot.over) || (takesOver == slot.over && distance < slot.distance);
+    const bool better = slot.facet < 0 || (offer.over && !slot.over) ||
+                        (offer.over == slot.over && offer.distance < slot.distance);
     if (!better) return;
-    if (slot.facet < 0) touched.push_back(static_cast<int>(index));
-    slot.facet = f;
-    slot.distance = distance;
-    slot.over = takesOver;
+    if (slot.facet < 0) touched.push_back(offer.index);
+    slot.facet = offer.facet;
+    slot.distance = offer.distance;
+    slot.over = offer.over;
     for (int k = 0; k < 3; ++k)
-        slot.weights[k] = w[k];
+        slot.weights[k] = offer.weights[k];
 }
 
 void ContactSurface::push(int index, double dt) {
@@ -471,34 +482,52 @@ void ContactSurface::push(int index, double dt) {
         facet.node[k3]->addContactForce(-w[k3] * force.x, -w[k3] * force.y, -w[k3] * force.z);
 }
 
-void ContactSurface::computeContactForces(double dt) {
+void ContactSurface::computeContactForces(double dt, ParallelLoop& loop) {
     ++epoch;
     touched.clear();
     normalForce = 0.0;
     if (!search) return;
     const double reach = kind == Kind::Shell ? 0.5 * thickness : thickness;
-    for (std::size_t f = 0; f < facets.size(); ++f) {
-        Facet& facet = facets[f];
-        double low[3], high[3];
-        for (int r = 0; r < 3; ++r)
-            low[r] = high[r] = 0.0;
-        for (int k = 0; k < 3; ++k) {
-            double(&v)[3] = facet.corner[k];
-            v[0] = facet.node[k]->getX_pos();
-            v[1] = facet.node[k]->getY_pos();
-            v[2] = facet.node[k]->getZ_pos();
-            for (int r = 0; r < 3; ++r) {
-                if (k == 0 || v[r] < low[r]) low[r] = v[r];
-                if (k == 0 || v[r] > high[r]) high[r] = v[r];
+    // Each block of facets finds its nodes on any thread and keeps what it
+    // offers them, in facet order; the slots then take the offers block by
+    // block, as one pass over the facets in order would.
+    const std::size_t size = ParallelLoop::share(facets.size());
+    const std::size_t blocks = (facets.size() + size - 1) / size;
+    if (offers.size() < blocks) offers.resize(blocks);
+    loop.forEach(blocks, facets.size() >= ParallelLoop::parallelFrom, [&](std::size_t block) {
+        std::vector<Offer>& found = offers[block].list;
+        found.clear();
+        const std::size_t end = std::min(facets.size(), (block + 1) * size);
+        for (std::size_t f = block * size; f < end; ++f) {
+            Facet& facet = facets[f];
+            double low[3], high[3];
+            for (int r = 0; r < 3; ++r)
+                low[r] = high[r] = 0.0;
+            for (int k = 0; k < 3; ++k) {
+                double(&v)[3] = facet.corner[k];
+                v[0] = facet.node[k]->getX_pos();
+                v[1] = facet.node[k]->getY_pos();
+                v[2] = facet.node[k]->getZ_pos();
+                for (int r = 0; r < 3; ++r) {
+                    if (k == 0 || v[r] < low[r]) low[r] = v[r];
+                    if (k == 0 || v[r] > high[r]) high[r] = v[r];
+                }
             }
+            if (!std::isfinite(low[0] + low[1] + low[2] + high[0] + high[1] + high[2])) continue;
+            const Vec normal = unitNormal(corner(facet, 0), corner(facet, 1), corner(facet, 2));
+            facet.normal[0] = normal.x, facet.normal[1] = normal.y, facet.normal[2] = normal.z;
+            search->forEachNode(low[0] - reach, high[0] + reach, low[1] - reach, high[1] + reach,
+                                low[2] - reach, high[2] + reach,
+                                [&](Node* node, double x, double y, double z) {
+                                    Offer offer;
+                                    if (evaluate(static_cast<int>(f), node, x, y, z, offer))
+                                        found.push_back(offer);
+                                });
         }
-        if (!std::isfinite(low[0] + low[1] + low[2] + high[0] + high[1] + high[2])) continue;
-        const Vec normal = unitNormal(corner(facet, 0), corner(facet, 1), corner(facet, 2));
-        facet.normal[0] = normal.x, facet.normal[1] = normal.y, facet.normal[2] = normal.z;
-        search->forEachNode(
-            low[0] - reach, high[0] + reach, low[1] - reach, high[1] + reach, low[2] - reach, high[2] + reach,
-            [&](Node* node, double x, double y, double z) { offer(static_cast<int>(f), node, x, y, z); });
-    }
+    });
+    for (std::size_t block = 0; block < blocks; ++block)
+        for (const Offer& offer : offers[block].list)
+            take(offer);
     // In node order, so that the sums on shared facet nodes do not depend on
     // the order in which the search found the nodes.
     std::sort(touched.begin(), touched.end());

@@ -42,6 +42,7 @@
 #include <vector>
 
 class ContactSearch;
+class ParallelLoop;
 class Element;
 class Node;
 
@@ -72,8 +73,9 @@ public:
                               const std::unordered_map<int, std::shared_ptr<Element>>& elementMap,
                               const std::vector<char>& onRigidBody);
     void attachContactSearch(ContactSearch& search);
-    // Pushes every node it acts on that is within reach, and adds friction.
-    void computeContactForces(double dt);
+    // Pushes every node it acts on that is within reach, and adds friction;
+    // the facets look for their nodes on the loop's threads.
+    void computeContactForces(double dt, ParallelLoop& loop);
 
     Kind getKind() const { return kind; }
     double getThickness() const { return thickness; }
@@ -107,7 +109,22 @@ private:
         bool over;        // the node lies over the facet (not in a fold)
         bool inFront;     // some facet within reach has the node in front (SOLID)
     };
-    void offer(int facet, Node* node, double x, double y, double z);
+    // What a facet offers a node within its reach: to take it (at that
+    // distance, with those area coordinates), or that the node lies in front
+    // of it.
+    struct Offer {
+        double distance;
+        double weights[3];
+        int facet;
+        int index; // node number - 1
+        bool over;
+        bool inFront;
+    };
+    // The offer of facet f to a node at (x, y, z); false when it has none.
+    // Reads the facet's corners and normal of this increment, changes nothing.
+    bool evaluate(int f, const Node* node, double x, double y, double z, Offer& offer) const;
+    // The node's slot takes the offer if it is better than what it holds.
+    void take(const Offer& offer);
     void push(int index, double dt);
     void checkNormals() const;
     void readList(const std::vector<Token>& tokens, std::size_t& i, std::vector<int>& into) const;
@@ -128,6 +145,12 @@ private:
     std::vector<Slot> slots;        // by node number - 1
     std::vector<double> tangential; // 3 per node: the carried friction force
     std::vector<int> touched;       // nodes taken in this increment
+    // Per block of facets, kept from one increment to the next; each on a
+    // cache line of its own, since threads fill neighbouring blocks at once.
+    struct alignas(64) Offers {
+        std::vector<Offer> list;
+    };
+    std::vector<Offers> offers;
     int epoch = 0;
     double normalForce = 0.0;
     ContactSearch* search = nullptr;

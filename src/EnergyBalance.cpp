@@ -38,16 +38,16 @@ void EnergyBalance::beginIncrement(double step, double t) {
         loadValues[k] = loadList[k]->at(t);
 }
 
-void EnergyBalance::afterUpdate(const Node& n, std::size_t i) {
-    const double* vm = before;
+void EnergyBalance::afterUpdate(const Node& n, std::size_t i, const Around& around, Partial& sums) const {
+    const double* vm = around.before;
     const double* vp = n.movingVelocity();
     const double* J = n.inertia();
     const double m = n.getMass();
     // Half of the displacements of the increments behind and ahead, with the
     // sign of the energy a family's force takes up (resisting forces absorb).
     const double hm = 0.5 * dtPrevious, hp = 0.5 * dt;
-    internal.add(n.internalForces(), vm, vp, 6, -hm, -hp);
-    if (contactUsed) contact.add(n.contactForces(), vm, vp, 6, -hm, -hp);
+    sums.internal.add(n.internalForces(), vm, vp, 6, -hm, -hp);
+    if (contactUsed) sums.contact.add(n.contactForces(), vm, vp, 6, -hm, -hp);
 
     // The applied forces: pressures, the load's forces and accelerations.
     double applied[6];
@@ -63,14 +63,14 @@ void EnergyBalance::afterUpdate(const Node& n, std::size_t i) {
         for (int r = 0; r < 3; ++r)
             applied[3 + r] += l.force[3 + r] + J[3 * r] * a[3] + J[3 * r + 1] * a[4] + J[3 * r + 2] * a[5];
     }
-    external.add(applied, vm, vp, 6, hm, hp);
+    sums.external.add(applied, vm, vp, 6, hm, hp);
 
     const double c = n.getRayleighDamping();
     double dampingForce[3] = {0.0, 0.0, 0.0};
     if (c != 0.0) {
         for (int k = 0; k < 3; ++k)
-            dampingForce[k] = m * c * dampedVelocity[k];
-        damping.add(dampingForce, vm, vp, 3, hm, hp);
+            dampingForce[k] = m * c * around.dampedVelocity[k];
+        sums.damping.add(dampingForce, vm, vp, 3, hm, hp);
     }
 
     // The velocity at t_n, between the mid-step velocities around it.
@@ -99,19 +99,29 @@ void EnergyBalance::afterUpdate(const Node& n, std::size_t i) {
             behind += R * vm[3 + r];
             ahead += R * vp[3 + r];
         }
-        prescribed.past += hm * behind;
-        prescribed.next += hp * ahead;
+        sums.prescribed.past += hm * behind;
+        sums.prescribed.next += hp * ahead;
     }
 
     double spin = 0.0;
     for (int r = 0; r < 3; ++r)
         spin += v[3 + r] * (J[3 * r] * v[3] + J[3 * r + 1] * v[4] + J[3 * r + 2] * v[5]);
     const double nodeKinetic = 0.5 * m * (v[0] * v[0] + v[1] * v[1] + v[2] * v[2]) + 0.5 * spin;
-    kinetic += nodeKinetic;
-    if (!n.hasConstraint()) freeKinetic += nodeKinetic;
+    sums.kinetic += nodeKinetic;
+    if (!n.hasConstraint()) sums.freeKinetic += nodeKinetic;
 }
 
-void EnergyBalance::endIncrement() {
+void EnergyBalance::endIncrement(const Partial* runs, std::size_t runCount) {
+    for (std::size_t r = 0; r < runCount; ++r) {
+        const Partial& run = runs[r];
+        internal.gather(run.internal);
+        contact.gather(run.contact);
+        damping.gather(run.damping);
+        external.gather(run.external);
+        prescribed.gather(run.prescribed);
+        kinetic += run.kinetic;
+        freeKinetic += run.freeKinetic;
+    }
     internal.close(sum.internal);
     contact.close(sum.contact);
     damping.close(sum.damping);

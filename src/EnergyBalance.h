@@ -58,18 +58,29 @@ public:
                const std::vector<std::shared_ptr<Load>>& loads, bool contactInModel = true);
     // Before the node pass of an increment of step dt that starts at time t.
     void beginIncrement(double dt, double t);
+
+    // The sums of one run of consecutive nodes in update order. The node
+    // pass sums fixed runs of nodes on any thread and endIncrement adds the
+    // runs in order, so the totals do not depend on the number of threads.
+    struct Partial;
+    // What one node's update needs kept from before it.
+    struct Around {
+        double before[6];
+        double dampedVelocity[6];
+    };
     // Around the update of node i (nodes[i] of setUp).
-    void beforeUpdate(const Node& n) {
+    void beforeUpdate(const Node& n, Around& around) const {
         const double* v = first ? n.velocities() : n.movingVelocity();
         const double* d = n.movingVelocity();
         for (int k = 0; k < 6; ++k) {
-            before[k] = v[k];
-            dampedVelocity[k] = d[k];
+            around.before[k] = v[k];
+            around.dampedVelocity[k] = d[k];
         }
     }
-    void afterUpdate(const Node& n, std::size_t i);
-    // After the node pass: the totals move on to the start of the increment.
-    void endIncrement();
+    void afterUpdate(const Node& n, std::size_t i, const Around& around, Partial& sums) const;
+    // After the node pass: the runs' sums, in update order; the totals move
+    // on to the start of the increment.
+    void endIncrement(const Partial* runs, std::size_t runCount);
 
     const Totals& totals() const { return sum; }
     // kinetic + internal + damping + contact - external - prescribed - initial kinetic
@@ -80,7 +91,6 @@ public:
     double errorPercent() const;
     long increments() const { return count; }
 
-private:
     // Per force family: work of the past half increments of this pass, and
     // of the half increments that reach forward (held back).
     struct Family {
@@ -96,6 +106,11 @@ private:
             past += halfBehind * a;
             next += halfAhead * b;
         }
+        // Adds a run's sums of this pass.
+        void gather(const Family& run) {
+            past += run.past;
+            next += run.next;
+        }
         // Closes a pass: the total through the start of this increment.
         void close(double& total) {
             total += held + past;
@@ -103,12 +118,17 @@ private:
             past = next = 0.0;
         }
     };
+    struct Partial {
+        Family internal, contact, damping, external, prescribed;
+        double kinetic = 0.0, freeKinetic = 0.0;
+        // The nodes' own running energies (the log's figures).
+        double nodeInternal = 0.0, nodeKinetic = 0.0;
+    };
 
+private:
     std::vector<int> loadSlot; // per node: index in `loadList`, -1 without a load
     std::vector<Load*> loadList;
     std::vector<Load::Values> loadValues;
-    double before[6] = {};
-    double dampedVelocity[6] = {};
     double dt = 0.0, dtPrevious = 0.0;
     double perAverageStep = 0.0, weightBehind = 1.0, weightAhead = 0.0;
     double kinetic = 0.0, freeKinetic = 0.0;

@@ -299,6 +299,12 @@ void Model::setInitialConditions() {
 
         checkNodeNumbering();
         setUpContactSurfaces();
+        // Trackers and contact surfaces have found their elements by number:
+        // the run needs the map no more.
+        std::unordered_map<int, std::shared_ptr<Element>>().swap(elementMap);
+        parallel.setUp(elements, nodes);
+        nodeRunSums.assign(parallel.numberOfRuns(), EnergyBalance::Partial{});
+        firstDiverged.assign(parallel.numberOfRuns(), 0);
         writer->initializeWriter(nodes, elements);
         // Each print reports the model time it is written at (the series file).
         writer->setClock(currentTime);
@@ -317,6 +323,7 @@ void Model::setInitialConditions() {
 
         logger->writeList("Ouput type: " + writer->getType(), 0);
         logger->writeList("Print step: " + fixed(controlSet->getPrintStep()), 0);
+        logger->writeList("Threads: " + std::to_string(ParallelLoop::threads()), 0);
         logger->newLine();
         massScaling.writeLog(*logger);
     } catch (const std::exception& e) {
@@ -368,58 +375,79 @@ void Model::step(double& candidateStep, bool clearForces) {
         throw std::runtime_error("Time step " + DeckParser::number(dt) + " does not advance the time from " +
                                  fixed(currentTime) + ": the run cannot reach its end time");
     energy.beginIncrement(dt, currentTime);
-    const std::size_t elementCount = elements.size();
-    constexpr std::size_t elementsAhead = 3;
-    for (std::size_t i = 0; i < elementCount && i < elementsAhead; ++i)
-        elements[i]->prefetchForStep();
-    for (std::size_t i = 0; i < elementCount; ++i) {
-        if (i + elementsAhead < elementCount) elements[i + elementsAhead]->prefetchForStep();
-        elements[i]->runStep(dt, currentTime, automaticTimeStep, candidateStep);
-    }
+    // The nodes evaluate their constraints' amplitudes at this time on every
+    // thread; asked once here first, a tabular amplitude's cursor is already
+    // on the right segment.
+    for (auto& a : amplitudes)
+        a->at(currentTime);
+    parallel.elementPass(elements, dt, currentTime, automaticTimeStep, candidateStep);
     // Named contact surfaces push each node once, after the elements' own contact.
     for (auto& s : surfaces)
-        s->computeContactForces(dt);
+        s->computeContactForces(dt, parallel);
     // A body's members hand their forces to its reference node, which moves
     // them after its own update.
     for (auto& b : rigidBodies)
         b->gatherForces();
+    // Nodes lie in memory in deck order but are updated in x order, in runs
+    // of consecutive nodes; loading a few nodes ahead hides most of the wait
+    // for each one.
+    const std::size_t count = nodes.size();
+    const double time = currentTime;
+    parallel.forEach(parallel.numberOfRuns(), parallel.nodesInParallel(), [&](std::size_t r) {
+        // Summed here and stored once: the runs' sums lie side by side, and
+        // threads writing neighbours would share their cache lines.
+        EnergyBalance::Partial sums;
+        firstDiverged[r] = count;
+        const std::size_t first = r * parallel.nodesPerRun();
+        const std::size_t end = std::min(count, first + parallel.nodesPerRun());
+        constexpr std::size_t ahead = 4;
+        for (std::size_t i = first; i < end && i < first + ahead; ++i)
+            nodes[i]->prefetchForUpdate();
+        for (std::size_t i = first; i < end; ++i) {
+            if (i + ahead < end) nodes[i + ahead]->prefetchForUpdate();
+            Node& n = *nodes[i];
+            if (n.isRigidMember()) {
+                if (clearForces) n.clearNodalForces();
+                continue;
+            }
+            EnergyBalance::Around around;
+            energy.beforeUpdate(n, around);
+            n.computeNewPosition(dt, time);
+            sums.nodeInternal += n.getInternalEnergy();
+            sums.nodeKinetic += n.getKineticEnergy();
+            // An unstable integration shows first as a non-finite position or
+            // rotation; the run stops there rather than write pages of NaN.
+            if (!std::isfinite(n.getX_pos() + n.getY_pos() + n.getZ_pos() + n.getX_rot() + n.getY_rot() +
+                               n.getZ_rot())) {
+                firstDiverged[r] = i;
+                nodeRunSums[r] = sums;
+                return;
+            }
+            energy.afterUpdate(n, i, around, sums);
+            if (clearForces) n.clearNodalForces();
+        }
+        nodeRunSums[r] = sums;
+    });
     internalEnergy = 0.0;
     kineticEnergy = 0.0;
-    // Nodes lie in memory in deck order but are updated in x order; loading a
-    // few nodes ahead hides most of the wait for each one.
-    const std::size_t count = nodes.size();
-    constexpr std::size_t ahead = 4;
-    for (std::size_t i = 0; i < count && i < ahead; ++i)
-        nodes[i]->prefetchForUpdate();
-    for (std::size_t i = 0; i < count; ++i) {
-        if (i + ahead < count) nodes[i + ahead]->prefetchForUpdate();
-        Node& n = *nodes[i];
-        if (n.isRigidMember()) {
-            if (clearForces) n.clearNodalForces();
-            continue;
-        }
-        energy.beforeUpdate(n);
-        n.computeNewPosition(dt, currentTime);
-        internalEnergy += n.getInternalEnergy();
-        kineticEnergy += n.getKineticEnergy();
-        // An unstable integration shows first as a non-finite position or
-        // rotation; stop there rather than write pages of NaN.
-        if (!std::isfinite(n.getX_pos() + n.getY_pos() + n.getZ_pos() + n.getX_rot() + n.getY_rot() +
-                           n.getZ_rot()))
+    for (std::size_t r = 0; r < nodeRunSums.size(); ++r) {
+        if (firstDiverged[r] < count) {
+            const Node& n = *nodes[firstDiverged[r]];
             throw std::runtime_error(
                 "Node " + std::to_string(n.getNumber()) + " has a non-finite position at time " +
                 fixed(currentTime) + " with time step " + DeckParser::number(dt) +
                 ": the integration diverged (check the time step against the critical one, the loads and "
                 "the material parameters)");
-        energy.afterUpdate(n, i);
-        if (clearForces) n.clearNodalForces();
+        }
+        internalEnergy += nodeRunSums[r].nodeInternal;
+        kineticEnergy += nodeRunSums[r].nodeKinetic;
     }
-    energy.endIncrement();
+    energy.endIncrement(nodeRunSums.data(), nodeRunSums.size());
     for (auto& b : rigidBodies)
         b->placeMembers();
     // Only contact elements read the search: a model without them does not
     // rebin its nodes.
-    if (contactSearch && contactSearch->isUsed()) contactSearch->update(nodes);
+    if (contactSearch && contactSearch->isUsed()) contactSearch->update(nodes, &parallel);
     if (automaticTimeStep) timeStep = candidateStep;
 }
 

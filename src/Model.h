@@ -3,6 +3,7 @@
 #pragma once
 
 #include "EnergyBalance.h"
+#include "ParallelLoop.h"
 #include "RunMonitor.h"
 
 #include <filesystem>
@@ -49,6 +50,7 @@ public:
     const std::vector<std::shared_ptr<ContactSurface>>& getContactSurfaces() const { return surfaces; }
     const std::vector<std::shared_ptr<RigidBody>>& getRigidBodies() const { return rigidBodies; }
     double getTimeStep() const { return timeStep; }
+    const ParallelLoop& getParallelLoop() const { return parallel; }
     double getCurrentTime() const { return currentTime; }
     double getInternalEnergy() const { return internalEnergy; }
     double getKineticEnergy() const { return kineticEnergy; }
@@ -105,4 +107,8 @@ private:
     double internalEnergy = 0.0, kineticEnergy = 0.0;
     EnergyBalance energy;
     RunMonitor monitor;
+    // Work sharing of the loop among the threads, and each run of nodes' sums.
+    ParallelLoop parallel;
+    std::vector<EnergyBalance::Partial> nodeRunSums;
+    std::vector<std::size_t> firstDiverged;
 };

@@ -52,16 +52,16 @@ void Node::addInertia(TNT::Array2D<double> I) {
 }
 
 void Node::addInternalForce(const TNT::Array1D<double>& f) {
-    accumulate(pass.internalForce, 0, f[0], f[1], f[2]);
+    accumulate(ForceLog::internal, 0, f[0], f[1], f[2]);
 }
 void Node::addExternalForce(const TNT::Array1D<double>& f) {
-    accumulate(pass.externalForce, 0, f[0], f[1], f[2]);
+    accumulate(ForceLog::external, 0, f[0], f[1], f[2]);
 }
 void Node::addContactForce(const TNT::Array1D<double>& f) {
-    accumulate(pass.contactForce, 0, f[0], f[1], f[2]);
+    accumulate(ForceLog::contact, 0, f[0], f[1], f[2]);
 }
 void Node::addInternalMoment(const TNT::Array1D<double>& m) {
-    accumulate(pass.internalForce, 3, m[0], m[1], m[2]);
+    accumulate(ForceLog::internal, 3, m[0], m[1], m[2]);
 }
 
 void Node::clearNodalForces() {
@@ -77,12 +77,12 @@ void Node::clearNodalForces() {
 void Node::addCarriedForces(const Node& carried, const double (&r)[3]) {
     const Pass& c = carried.pass;
     const double* from[3] = {c.internalForce, c.externalForce, c.contactForce};
-    double* to[3] = {pass.internalForce, pass.externalForce, pass.contactForce};
+    const ForceLog::Family to[3] = {ForceLog::internal, ForceLog::external, ForceLog::contact};
     for (int k = 0; k < 3; ++k) {
         const double* f = from[k];
-        accumulate(to[k], 0, f[0], f[1], f[2]);
-        accumulate(to[k], 3, f[3] + r[1] * f[2] - r[2] * f[1], f[4] + r[2] * f[0] - r[0] * f[2],
-                   f[5] + r[0] * f[1] - r[1] * f[0]);
+        add(to[k], 0, f[0], f[1], f[2]);
+        add(to[k], 3, f[3] + r[1] * f[2] - r[2] * f[1], f[4] + r[2] * f[0] - r[0] * f[2],
+            f[5] + r[0] * f[1] - r[1] * f[0]);
     }
 }
 

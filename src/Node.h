@@ -9,6 +9,7 @@
 // member-wise.
 #pragma once
 
+#include "ForceLog.h"
 #include "SpeedHints.h"
 #include "Token.h"
 
@@ -46,10 +47,18 @@ public:
     void addContactForce(const TNT::Array1D<double>& f);
     void addInternalMoment(const TNT::Array1D<double>& m);
     // Same as the array versions, without building an array.
-    void addInternalForce(double fx, double fy, double fz) { accumulate(pass.internalForce, 0, fx, fy, fz); }
-    void addExternalForce(double fx, double fy, double fz) { accumulate(pass.externalForce, 0, fx, fy, fz); }
-    void addContactForce(double fx, double fy, double fz) { accumulate(pass.contactForce, 0, fx, fy, fz); }
-    void addInternalMoment(double mx, double my, double mz) { accumulate(pass.internalForce, 3, mx, my, mz); }
+    void addInternalForce(double fx, double fy, double fz) { accumulate(ForceLog::internal, 0, fx, fy, fz); }
+    void addExternalForce(double fx, double fy, double fz) { accumulate(ForceLog::external, 0, fx, fy, fz); }
+    void addContactForce(double fx, double fy, double fz) { accumulate(ForceLog::contact, 0, fx, fy, fz); }
+    void addInternalMoment(double mx, double my, double mz) { accumulate(ForceLog::internal, 3, mx, my, mz); }
+    // Adds what an element pass logged for this node (see ForceLog.h).
+    void addLogged(ForceLog::Family family, int first, double a, double b, double c) {
+        add(family, first, a, b, c);
+    }
+    // The block of the element pass whose thread adds forces to this node
+    // directly (-1: none, every contribution is logged).
+    void setOwnerBlock(int block) { pass.ownerBlock = block; }
+    int getOwnerBlock() const { return pass.ownerBlock; }
     void clearNodalForces();
 
     // Rigid bodies (see RigidBody.h). A member is carried by its body's
@@ -191,7 +200,20 @@ private:
     static Matrix3 matrix(const double (&J)[9]) {
         return {{{J[0], J[1], J[2]}, {J[3], J[4], J[5]}, {J[6], J[7], J[8]}}};
     }
-    void accumulate(double* target, int first, double a, double b, double c) {
+    // During a parallel element pass a thread adds only to the nodes of its
+    // own block and logs the rest (ForceLog.h); otherwise it adds at once.
+    void accumulate(ForceLog::Family family, int first, double a, double b, double c) {
+        ForceLog* log = ForceLog::active;
+        if (log && pass.ownerBlock != ForceLog::activeBlock) {
+            log->add(this, family, first, a, b, c);
+            return;
+        }
+        add(family, first, a, b, c);
+    }
+    void add(ForceLog::Family family, int first, double a, double b, double c) {
+        double* target = family == ForceLog::internal   ? pass.internalForce
+                         : family == ForceLog::external ? pass.externalForce
+                                                        : pass.contactForce;
         const double v[3] = {a, b, c};
         for (int i = 0; i < 3; ++i) {
             target[first + i] += v[i];
@@ -212,6 +234,7 @@ private:
         double positiveForce[6];
         double externalForce[6];
         double contactForce[6];
+        int ownerBlock = -1;
     };
     struct State {
         double velocity[6];

@@ -5,6 +5,7 @@
 #include "TestUtil.h"
 
 #include <gtest/gtest.h>
+#include <omp.h>
 
 using namespace testutil;
 
@@ -104,4 +105,43 @@ TEST(HotPathAllocation, RigidBodyAllocatesNothing) {
         "TYPE SOLID\n";
     EXPECT_EQ(allocationsPerIncrement("alloc_rigid", deck), 0.0);
     EXPECT_EQ(allocationsPerIncrement("alloc_rigid_late_clear", deck, 20, false), 0.0);
+}
+
+TEST(HotPathAllocation, ParallelPassesAllocateNothingOnceTheirLogsHaveGrown) {
+    // 2178 fabric triangles (enough for the element pass to share its blocks
+    // among threads) pulled over a contact surface with friction, on two
+    // threads: logs of shared nodes, the surface's offers per block.
+    const int n = 33, row = n + 1;
+    std::string deck = head +
+                       "CONSTRAINTS TYPE BOUNDARY_CONDITION\nCLAMP VX 0 VY 0 VZ 0\nPULL VX 1 VY 0 VZ 0 "
+                       "AMPLITUDE RAMP\nMATERIALS TYPE HYPERTEXTILE\nSHEET RHO 1E-9 KELONGWARP 100 10 "
+                       "KELONGWEFT 100 KSHEAR 0.1 WARPORI 1 0 0 WEFTORI 0 1 0\nCONTACT_SURFACES\nTOOL TYPE "
+                       "SHELL T 2 PENALTY 0.1 FRICTION 0.3\nNODES\n";
+    for (int j = 0; j < row; ++j)
+        for (int i = 0; i < row; ++i)
+            deck += std::to_string(j * row + i + 1) + " X " + std::to_string(i) + " Y " + std::to_string(j) +
+                    " Z 0" +
+                    (i == 0   ? " CONSTRAINT CLAMP"
+                     : i == n ? " CONSTRAINT PULL"
+                              : "") +
+                    "\n";
+    const int tool = row * row;
+    deck += std::to_string(tool + 1) + " X -1 Y -1 Z -0.5 CONSTRAINT CLAMP\n" + std::to_string(tool + 2) +
+            " X 40 Y -1 Z -0.5 CONSTRAINT CLAMP\n" + std::to_string(tool + 3) +
+            " X 40 Y 40 Z -0.5 CONSTRAINT CLAMP\nELEMENTS TYPE MEMBRANE_3\n";
+    int e = 0;
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) {
+            const int a = j * row + i + 1, b = a + 1, c = a + row + 1, d = a + row;
+            deck += std::to_string(++e) + " NODES " + std::to_string(a) + " " + std::to_string(b) + " " +
+                    std::to_string(c) + " MATERIAL SHEET T 0.5\n";
+            deck += std::to_string(++e) + " NODES " + std::to_string(a) + " " + std::to_string(c) + " " +
+                    std::to_string(d) + " MATERIAL SHEET T 0.5\n";
+        }
+    deck += "ELEMENTS TYPE CONTACT_FACET\n" + std::to_string(++e) + " NODES " + std::to_string(tool + 1) +
+            " " + std::to_string(tool + 2) + " " + std::to_string(tool + 3) + " SURFACE TOOL\n";
+    const int threads = omp_get_max_threads();
+    omp_set_num_threads(2);
+    EXPECT_EQ(allocationsPerIncrement("alloc_parallel", deck), 0.0);
+    omp_set_num_threads(threads);
 }

@@ -1,0 +1,97 @@
+#include "ParallelLoop.h"
+
+#include "Element.h"
+#include "Node.h"
+
+#include <omp.h>
+
+#include <algorithm>
+
+int ParallelLoop::threads() {
+    return omp_get_max_threads();
+}
+
+std::size_t ParallelLoop::share(std::size_t count) {
+    return std::min<std::size_t>(4096, std::max<std::size_t>(256, count / 16));
+}
+
+void ParallelLoop::setUp(const std::vector<std::shared_ptr<Element>>& elements,
+                         const std::vector<std::shared_ptr<Node>>& nodes) {
+    blockSize = share(elements.size());
+    runSize = share(nodes.size());
+    blocks = (elements.size() + blockSize - 1) / blockSize;
+    runs = (nodes.size() + runSize - 1) / runSize;
+    parallelElements = elements.size() >= parallelFrom && blocks > 1;
+    parallelNodes = nodes.size() >= parallelFrom && runs > 1;
+    for (const auto& n : nodes)
+        n->setOwnerBlock(-1);
+    // A node belongs to the first block that uses it: its forces from that
+    // block come first in element order, and all later ones are logged.
+    for (std::size_t b = 0; b < blocks; ++b) {
+        const std::size_t end = std::min(elements.size(), (b + 1) * blockSize);
+        for (std::size_t i = b * blockSize; i < end; ++i)
+            for (const auto& n : elements[i]->getNodes())
+                if (n && n->getOwnerBlock() < 0) n->setOwnerBlock(static_cast<int>(b));
+    }
+    logs.assign(blocks, ForceLog{});
+    blockStep.assign(blocks, 0.0);
+    failures.assign(std::max(blocks, runs), nullptr);
+}
+
+void ParallelLoop::elementPass(const std::vector<std::shared_ptr<Element>>& elements, double dt, double time,
+                               bool automaticStep, double& candidateStep) {
+    constexpr std::size_t ahead = 3;
+    // The elements of [first, end) in order, each loading a few ahead of it.
+    auto runElements = [&](std::size_t first, std::size_t end, double& step) {
+        for (std::size_t i = first; i < end && i < first + ahead; ++i)
+            elements[i]->prefetchForStep();
+        for (std::size_t i = first; i < end; ++i) {
+            if (i + ahead < end) elements[i + ahead]->prefetchForStep();
+            elements[i]->runStep(dt, time, automaticStep, step);
+        }
+    };
+    if (!parallelElements) {
+        runElements(0, elements.size(), candidateStep);
+        lastLogged = 0;
+        return;
+    }
+    const double start = candidateStep;
+    try {
+        forEach(blocks, true, [&](std::size_t b) {
+            ForceLog::active = &logs[b];
+            ForceLog::activeBlock = static_cast<int>(b);
+            double step = start;
+            try {
+                runElements(b * blockSize, std::min(elements.size(), (b + 1) * blockSize), step);
+            } catch (...) {
+                ForceLog::active = nullptr;
+                throw;
+            }
+            ForceLog::active = nullptr;
+            blockStep[b] = step;
+        });
+    } catch (...) {
+        // The run stops here: what the other blocks logged is dropped.
+        for (auto& log : logs)
+            log.clear();
+        throw;
+    }
+    lastLogged = 0;
+    for (std::size_t b = 0; b < blocks; ++b) {
+        lastLogged += logs[b].size();
+        logs[b].replay();
+        // The smallest of the blocks' steps, as the elements in order would
+        // have lowered it (a NaN estimate lowers nothing).
+        if (blockStep[b] < candidateStep) candidateStep = blockStep[b];
+    }
+}
+
+void ParallelLoop::rethrowFirst(std::size_t count) {
+    for (std::size_t k = 0; k < count; ++k)
+        if (failures[k]) {
+            std::exception_ptr first = failures[k];
+            for (std::size_t j = k; j < count; ++j)
+                failures[j] = nullptr;
+            std::rethrow_exception(first);
+        }
+}

@@ -1,0 +1,99 @@
+// How the explicit loop shares its work among the threads (OpenMP) so that
+// the results are the same bit for bit for any number of threads.
+//
+// The element pass splits the elements, in the model's element order, into
+// blocks of a fixed size; threads take whole blocks, and forces on nodes that
+// another block owns go through that block's ForceLog (ForceLog.h), added in
+// block order after the pass. The node pass splits the nodes, in update
+// order, into runs of a fixed size; each run sums its energies on its own and
+// the runs are added in order. Neither size depends on the number of threads,
+// so neither does any sum.
+//
+// The threads are those of the OpenMP runtime: started once, at the first
+// pass, and kept waiting between passes (OMP_NUM_THREADS sets how many; all
+// cores by default). A pass allocates nothing once its logs have grown.
+#pragma once
+
+#include "ForceLog.h"
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <vector>
+
+class Element;
+class Node;
+
+class ParallelLoop {
+public:
+    // The size of the blocks and runs for `count` items: about 16 of them,
+    // of 256 to 4096 items each. It depends on the model alone, never on the
+    // number of threads.
+    static std::size_t share(std::size_t count);
+    // Passes over fewer items run on the calling thread alone: the threads
+    // would cost more to start and wait for than they save. The results are
+    // the same either way.
+    static constexpr std::size_t parallelFrom = 2048;
+
+    // The number of threads the passes run on.
+    static int threads();
+
+    // Blocks over the elements and runs over the nodes (in update order);
+    // marks each node with the block that owns it. A model of one block runs
+    // its element pass as a plain loop.
+    void setUp(const std::vector<std::shared_ptr<Element>>& elements,
+               const std::vector<std::shared_ptr<Node>>& nodes);
+
+    // Every element's share of the increment (Element::runStep), the nodal
+    // forces added in element order; lowers candidateStep to the smallest
+    // stable step of the elements. An element that fails stops the pass with
+    // the failure a one-thread pass would have met first.
+    void elementPass(const std::vector<std::shared_ptr<Element>>& elements, double dt, double time,
+                     bool automaticStep, double& candidateStep);
+
+    std::size_t numberOfBlocks() const { return blocks; }
+    std::size_t numberOfRuns() const { return runs; }
+    std::size_t elementsPerBlock() const { return blockSize; }
+    std::size_t nodesPerRun() const { return runSize; }
+    // Contributions logged by the last element pass (for the benchmarks).
+    std::size_t loggedContributions() const { return lastLogged; }
+
+    // Runs task(k) for k = 0 .. count - 1, each on one thread. A task that
+    // throws ends only itself; once all are done the exception of the lowest
+    // k is thrown again: the one a loop in order would have met first.
+    // `parallel` false runs them in order on the calling thread.
+    template <class Task> void forEach(std::size_t count, bool parallel, Task&& task);
+    // Whether the node pass uses the threads.
+    bool nodesInParallel() const { return parallelNodes; }
+
+private:
+    void rethrowFirst(std::size_t count);
+
+    std::size_t blocks = 0, runs = 0, blockSize = 1, runSize = 1;
+    bool parallelElements = false, parallelNodes = false;
+    std::vector<ForceLog> logs;
+    std::vector<double> blockStep;
+    std::vector<std::exception_ptr> failures;
+    std::size_t lastLogged = 0;
+};
+
+template <class Task> void ParallelLoop::forEach(std::size_t count, bool parallel, Task&& task) {
+    if (!parallel || count < 2) {
+        for (std::size_t k = 0; k < count; ++k)
+            task(k);
+        return;
+    }
+    if (failures.size() < count) failures.resize(count);
+    const long n = static_cast<long>(count);
+    bool failed = false;
+#pragma omp parallel for schedule(dynamic, 1) reduction(|| : failed)
+    for (long k = 0; k < n; ++k) {
+        try {
+            task(static_cast<std::size_t>(k));
+        } catch (...) {
+            failures[static_cast<std::size_t>(k)] = std::current_exception();
+            failed = true;
+        }
+    }
+    if (failed) rethrowFirst(count);
+}
