@@ -70,7 +70,8 @@ std::size_t HyperTextile::readCompression(const std::vector<Token>& tokens, std:
         throw std::invalid_argument(what + " needs a factor between 0 and 1");
     const double c = tokens[i + 1].getFiniteNumber(what);
     if (!(c >= 0.0 && c <= 1.0))
-        throw std::invalid_argument(what + " must lie between 0 and 1, not " + DeckParser::text(tokens[i + 1]));
+        throw std::invalid_argument(what + " must lie between 0 and 1, not " +
+                                    DeckParser::text(tokens[i + 1]));
     compression = c;
     return i + 2;
 }
@@ -79,15 +80,19 @@ std::size_t HyperTextile::readBending(const std::vector<Token>& tokens, std::siz
     const std::string what = "BENDING of material " + name;
     std::size_t count = 0;
     while (i + 1 + count < tokens.size() && tokens[i + 1 + count].isANumber()) {
-        if (count == 3) throw std::invalid_argument(what + " takes at most three numbers: Dwarp Dweft [Dtwist]");
+        if (count == 3)
+            throw std::invalid_argument(what + " takes at most three numbers: Dwarp Dweft [Dtwist]");
         const double d = tokens[i + 1 + count].getFiniteNumber(what);
-        if (d < 0.0)
-            throw std::invalid_argument(what + " must not be negative, not " +
+        if (!(d > 0.0))
+            throw std::invalid_argument(what + " must be positive, not " +
                                         DeckParser::text(tokens[i + 1 + count]));
         bending[count++] = d;
     }
     if (count < 2) throw std::invalid_argument(what + " needs two numbers, Dwarp and Dweft");
-    if (count == 2) bending[2] = 0.0;
+    // Huber's torsional rigidity of an orthotropic plate without Poisson
+    // coupling: half the geometric mean. Without any, a twisted sheet would
+    // be a mechanism.
+    if (count == 2) bending[2] = 0.5 * std::sqrt(bending[0] * bending[1]);
     bendingSet = true;
     return i + 1 + count;
 }

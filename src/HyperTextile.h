@@ -55,7 +55,7 @@ public:
     const double (&getWeftWarpTensor() const)[2][2] { return weftWarpTensor; }
     double getCompressionFactor() const { return compression; }
     bool hasBending() const { return bendingSet; }
-    // Dwarp, Dweft and Dtwist as read (Dtwist 0 unless given).
+    // Dwarp, Dweft and Dtwist as read (Dtwist 1/2 sqrt(Dwarp Dweft) unless given).
     const double (&getBending() const)[3] { return bending; }
 
 private:
