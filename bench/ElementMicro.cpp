@@ -134,3 +134,14 @@ void BM_S3L_C0Pass3Points(benchmark::State& state) {
 BENCHMARK(BM_S3L_C0Pass3Points)->Arg(45)->Arg(181);
 
 } // namespace
+
+namespace {
+
+// The fabric shell on the membrane's textile law, with bending stiffnesses
+// that stay below its tensile ones as a real fabric's do.
+void BM_Fabric3Pass(benchmark::State& state) {
+    sheetPass(state, "FABRIC_3", "HYPERTEXTILE", std::string(textile) + " BENDING 0.02 0.01", "");
+}
+BENCHMARK(BM_Fabric3Pass)->Arg(45)->Arg(181);
+
+} // namespace

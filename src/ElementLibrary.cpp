@@ -4,6 +4,7 @@
 #include "ContactLine.h"
 #include "ContactTriangle.h"
 #include "Element.h"
+#include "Fabric3.h"
 #include "Membrane3.h"
 #include "Rod2.h"
 #include "S3L_C0.h"
@@ -15,6 +16,7 @@ std::shared_ptr<Element> ElementLibrary::getElementOstrel(std::string type) {
     if (type == "ROD_2") return std::make_shared<Rod2>();
     if (type == "MEMBRANE_3") return std::make_shared<Membrane3>();
     if (type == "S3L_C0") return std::make_shared<S3L_C0>();
+    if (type == "FABRIC_3") return std::make_shared<Fabric3>();
     if (type == "CONTACT_TRIANGLE") return std::make_shared<ContactTriangle>();
     if (type == "CONTACT_LINE") return std::make_shared<ContactLine>();
     if (type == "CONTACT_FACET") return std::make_shared<ContactFacet>();
@@ -43,6 +45,7 @@ void ElementLibrary::storeByKind(std::vector<std::shared_ptr<Element>>& elements
     storeKind<Rod2>(elements);
     storeKind<Membrane3>(elements);
     storeKind<S3L_C0>(elements);
+    storeKind<Fabric3>(elements);
     storeKind<ContactTriangle>(elements);
     storeKind<ContactLine>(elements);
     storeKind<ContactFacet>(elements);

@@ -1,5 +1,7 @@
 #include "HyperTextile.h"
 
+#include "DeckParser.h"
+
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
@@ -46,6 +48,10 @@ void HyperTextile::parseOstrel(std::vector<Token> tokens) {
             i = readNumberRun(tokens, i, kElongWarp);
         } else if (key == "KELONGWEFT") {
             i = readNumberRun(tokens, i, kElongWeft);
+        } else if (key == "COMPRESSION") {
+            i = readCompression(tokens, i);
+        } else if (key == "BENDING") {
+            i = readBending(tokens, i);
         } else if (key == "WARPORI") {
             readOrientation(tokens, i, warpOrientation);
             i += 4;
@@ -56,6 +62,39 @@ void HyperTextile::parseOstrel(std::vector<Token> tokens) {
             throw std::invalid_argument("Input " + key + " is not recognized");
         }
     }
+}
+
+std::size_t HyperTextile::readCompression(const std::vector<Token>& tokens, std::size_t i) {
+    const std::string what = "COMPRESSION of material " + name;
+    if (i + 1 >= tokens.size() || tokens[i + 1].isAWord())
+        throw std::invalid_argument(what + " needs a factor between 0 and 1");
+    const double c = tokens[i + 1].getFiniteNumber(what);
+    if (!(c >= 0.0 && c <= 1.0))
+        throw std::invalid_argument(what + " must lie between 0 and 1, not " +
+                                    DeckParser::text(tokens[i + 1]));
+    compression = c;
+    return i + 2;
+}
+
+std::size_t HyperTextile::readBending(const std::vector<Token>& tokens, std::size_t i) {
+    const std::string what = "BENDING of material " + name;
+    std::size_t count = 0;
+    while (i + 1 + count < tokens.size() && tokens[i + 1 + count].isANumber()) {
+        if (count == 3)
+            throw std::invalid_argument(what + " takes at most three numbers: Dwarp Dweft [Dtwist]");
+        const double d = tokens[i + 1 + count].getFiniteNumber(what);
+        if (!(d > 0.0))
+            throw std::invalid_argument(what + " must be positive, not " +
+                                        DeckParser::text(tokens[i + 1 + count]));
+        bending[count++] = d;
+    }
+    if (count < 2) throw std::invalid_argument(what + " needs two numbers, Dwarp and Dweft");
+    // Huber's torsional rigidity of an orthotropic plate without Poisson
+    // coupling: half the geometric mean. Without any, a twisted sheet would
+    // be a mechanism.
+    if (count == 2) bending[2] = 0.5 * std::sqrt(bending[0] * bending[1]);
+    bendingSet = true;
+    return i + 1 + count;
 }
 
 void HyperTextile::project(const double (&basis)[3][3], const double (&direction)[3], double& p0,
@@ -136,10 +175,13 @@ void HyperTextile::computeStress2D(const double (&F)[2][2], double (&strain)[6],
     const double rootAB = std::sqrt(i4a * i4b);
     const double cosTheta = i8 / rootAB;
 
-    const double tA =
+    const double tensionA =
         seriesDerivative(termsInline ? warpInline : kElongWarp.data(), kElongWarp.size(), 0.5 * ln4a);
-    const double tB =
+    const double tensionB =
         seriesDerivative(termsInline ? weftInline : kElongWeft.data(), kElongWeft.size(), 0.5 * ln4b);
+    // A compressed yarn carries the compression factor times its tensile law.
+    const double tA = ln4a < 0.0 ? compression * tensionA : tensionA;
+    const double tB = ln4b < 0.0 ? compression * tensionB : tensionB;
     const double tS = seriesDerivative(termsInline ? shearInline : kShear.data(), kShear.size(), cosTheta);
 
     // S = tA/I4a a(x)a + tB/I4b b(x)b

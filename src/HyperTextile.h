@@ -6,10 +6,18 @@
 // the current angle between the yarns cos(theta) = a.C.b / sqrt(I4a I4b), the
 // strain energy per unit reference area is
 //     W = sum_k Kwarp_k ea^(2k) + sum_k Kweft_k eb^(2k) + sum_k Kshear_k cos(theta)^(2k).
+// A yarn in compression (ea or eb below zero) takes its term times the
+// compression factor c (COMPRESSION, 0 <= c <= 1, default 1): the energy and
+// its slope stay continuous at zero strain, the yarn tension is c times the
+// tensile law's.
 // The second Piola-Kirchhoff stress S = 2 dW/dC is pushed forward to the
 // Cauchy stress sigma = F S F^T / det F. The yarn directions are projected
 // once onto the element plane (setInitialConditions) and then follow the
 // material through F; each element therefore owns its own copy of the law.
+//
+// BENDING Dwarp Dweft [Dtwist] gives the fabric's bending stiffnesses per unit
+// width (moment per unit width over curvature), which the fabric shell uses
+// and the membrane has no use for; the law only keeps them.
 #pragma once
 
 #include "Material.h"
@@ -45,10 +53,18 @@ public:
     const double (&getWeftTensor() const)[2][2] { return weftTensor; }
     const double (&getWarpWeftTensor() const)[2][2] { return warpWeftTensor; }
     const double (&getWeftWarpTensor() const)[2][2] { return weftWarpTensor; }
+    double getCompressionFactor() const { return compression; }
+    bool hasBending() const { return bendingSet; }
+    // Dwarp, Dweft and Dtwist as read (Dtwist 1/2 sqrt(Dwarp Dweft) unless given).
+    const double (&getBending() const)[3] { return bending; }
 
 private:
     // Reads the three components that follow the keyword at position i.
     void readOrientation(const std::vector<Token>& tokens, std::size_t i, double (&out)[3]) const;
+    // Reads the numbers of COMPRESSION or BENDING that follow position i and
+    // returns the position after them.
+    std::size_t readCompression(const std::vector<Token>& tokens, std::size_t i);
+    std::size_t readBending(const std::vector<Token>& tokens, std::size_t i);
     // Unit projection of a global direction onto the element plane.
     static void project(const double (&basis)[3][3], const double (&direction)[3], double& p0, double& p1);
 
@@ -59,6 +75,8 @@ private:
     // In-plane yarn directions a and b, the same numbers as in the tensors,
     // kept as plain values for the stress update.
     double a0 = 0.0, a1 = 0.0, b0 = 0.0, b1 = 0.0;
+    // The factor on a yarn's tension while its strain is negative.
+    double compression = 1.0;
     // Copies of the coefficient lists inside the object, made by
     // setInitialConditions when all three fit, so that the stress update
     // reads no other memory block.
@@ -78,4 +96,6 @@ private:
     double weftTensor[2][2] = {};
     double warpWeftTensor[2][2] = {};
     double weftWarpTensor[2][2] = {};
+    double bending[3] = {};
+    bool bendingSet = false;
 };

@@ -127,3 +127,23 @@ TEST(HyperTextileWaveSpeed, UsesTheLargerLeadingTensionCoefficient) {
     auto m = fabric("RHO 2E-9 WARPORI 1 0 0 WEFTORI 0 1 0 KSHEAR 1000 KELONGWARP 50 9000 KELONGWEFT 80 1");
     EXPECT_DOUBLE_EQ(m->wavespeed2D(), std::sqrt(80 / 2e-9));
 }
+
+TEST(HyperTextileStress, CompressedYarnCarriesTheCompressionFactorTimesItsTension) {
+    // Warp pushed to -1 % and weft pulled to +1 %, then the other way round
+    // (J = 1): sigma = 2 K e along a stretched yarn, c times that along a compressed one.
+    auto m = fabric(std::string(orthogonal) + "KSHEAR 5 KELONGWARP 120 KELONGWEFT 80 COMPRESSION 0.05 "
+                                              "BENDING 0.2 0.1");
+    const double e = 0.01, l = std::exp(e);
+    const Result r = stressOf(*m, mat2(1 / l, 0, 0, l));
+    EXPECT_NEAR(r.strain[0], -e, 1e-15);
+    EXPECT_NEAR(r.stress[0], 0.05 * 2 * 120 * -e, 1e-13);
+    EXPECT_NEAR(r.stress[1], 2 * 80 * e, 1e-13);
+    const Result s = stressOf(*m, mat2(l, 0, 0, 1 / l));
+    EXPECT_NEAR(s.stress[0], 2 * 120 * e, 1e-13);
+    EXPECT_NEAR(s.stress[1], 0.05 * 2 * 80 * -e, 1e-13);
+    // The default factor is 1: the same yarn law both ways.
+    auto plain = fabric(std::string(orthogonal) + "KSHEAR 5 KELONGWARP 120 KELONGWEFT 80");
+    EXPECT_NEAR(stressOf(*plain, mat2(1 / l, 0, 0, l)).stress[0], -2 * 120 * e, 1e-13);
+    EXPECT_EQ(m->getBending()[0], 0.2);
+    EXPECT_DOUBLE_EQ(m->getBending()[2], 0.5 * std::sqrt(0.02));
+}
