@@ -26,16 +26,6 @@ namespace contact_test {
 
 using testutil::tokens;
 
-// Message of the exception of type E thrown by f, or a marker if none.
-template <class E = std::exception> std::string messageOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
-
 struct NodeSet {
     ContactSearch search;
     std::vector<std::shared_ptr<Node>> list;
