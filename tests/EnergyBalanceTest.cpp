@@ -1,11 +1,10 @@
 // The energy balance of a run against closed forms: a spring under a
-// constant load (W = F u, U = k u^2 / 2), the same spring damped (the
-// dissipation is what the load did beyond the stored energy), a rod pulled at
-// constant velocity (the reaction's work is the strain and kinetic energy),
-// a rigid body on a spring (its members' forces counted once); and the
-// tracker rows of TRACK EVERY against the prints of a whole run. (The layout
-// of the energy history and its agreement with the log are the output
-// blocks bar_energy.csv and bar.md of docs/outputs.md.)
+// constant load (W = F u, U = k u^2 / 2, swinging at the period of its lumped
+// mass), the same spring damped (the dissipation is what the load did beyond
+// the stored energy), a rod pulled at constant velocity (the reaction's work is the strain and kinetic
+// energy), a rigid body on a spring (its members' forces counted once); and the tracker rows of TRACK EVERY
+// against the prints of a whole run. (The layout of the energy history and its agreement with the log are the
+// output blocks bar_energy.csv and bar.md of docs/outputs.md.)
 #include "EnergyBalance.h"
 #include "Model.h"
 #include "Node.h"
@@ -73,8 +72,8 @@ template <typename Each> void run(contact_test::QuietModel& m, Each each) {
 TEST(EnergyBalanceTest, ConstantLoadOnASpringDoesFuStoresKu2Over2AndTheBalanceCloses) {
     contact_test::QuietModel m("energy_spring",
                                springDeck("BAR E 1E8 NU 0.3 RHO 1000", controls("1E-6", "0.02")));
-    double largestError = 0.0, largestU = 0.0;
-    run(m, [&](double, const std::vector<double>& x, const EnergyBalance& e) {
+    double largestError = 0.0, largestU = 0.0, timeOfLargestU = 0.0;
+    run(m, [&](double t, const std::vector<double>& x, const EnergyBalance& e) {
         const EnergyBalance::Totals& s = e.totals();
         const double u = x[2];
         // The trapezoidal work of a constant force is F times the displacement.
@@ -85,12 +84,16 @@ TEST(EnergyBalanceTest, ConstantLoadOnASpringDoesFuStoresKu2Over2AndTheBalanceCl
         EXPECT_EQ(s.prescribed, 0.0); // the fixed node does not move
         EXPECT_EQ(s.damping, 0.0);
         if (e.increments() > settled) largestError = std::max(largestError, std::fabs(e.errorPercent()));
-        largestU = std::max(largestU, u);
+        if (u > largestU) largestU = u, timeOfLargestU = t;
     });
-    // Undamped: the free end swings between 0 and 2 F / k (more than a period is run).
+    // Undamped: the free end swings between 0 and 2 F / k, at the period of
+    // the lumped mass, T = 2 pi sqrt(m / k): the first turn is at T / 2 and
+    // the next would be at 3 T / 2, after the end.
     const double period = 2.0 * pi * std::sqrt(m2 / k);
     ASSERT_LT(period, 0.02);
+    ASSERT_GT(1.5 * period, 0.02);
     EXPECT_NEAR(largestU, 2.0 * F / k, 0.01 * 2.0 * F / k);
+    EXPECT_NEAR(timeOfLargestU, 0.5 * period, 0.005 * period);
     EXPECT_LT(largestError, 1e-4);
 }
 
