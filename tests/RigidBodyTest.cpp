@@ -26,11 +26,6 @@ void runTo(Model& model, double endTime) {
     }
 }
 
-double distance(const Node::Vec3& a, const Node::Vec3& b) {
-    return std::sqrt((a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) +
-                     (a[2] - b[2]) * (a[2] - b[2]));
-}
-
 // Rotation of v by the angle |t| about t (Rodrigues).
 Node::Vec3 rotate(const Node::Vec3& t, const Node::Vec3& v) {
     const double angle = std::sqrt(t[0] * t[0] + t[1] * t[1] + t[2] * t[2]);
@@ -47,8 +42,8 @@ Node::Vec3 rotate(const Node::Vec3& t, const Node::Vec3& v) {
 
 // A tetrahedron of four members turned about the tilted axis (1, 2, 2)/3 at
 // the rate 3 f(t), f a ramp to 1 at t = 0.5: every member stays where the
-// reference node's accumulated rotation puts it, the distances hold, and the
-// angle is the integral of the rate, 0.75 + 3 (t - 0.5) past the ramp.
+// reference node's accumulated rotation puts it (so the distances hold), and
+// the angle is the integral of the rate, 0.75 + 3 (t - 0.5) past the ramp.
 TEST(RigidBodyTest, PrescribedRotationCarriesEveryNodeRigidly) {
     QuietModel model("rigid_spin", R"(TITLE
 CONTROLS
@@ -97,8 +92,6 @@ ELEMENTS TYPE CONTACT_TRIANGLE
                                   w[0] * expected[1] - w[1] * expected[0]};
             for (int k = 0; k < 3; ++k)
                 EXPECT_NEAR(v[k], ref.getVel()[k] + wr[k], 1e-10);
-            for (int j = 0; j < i; ++j)
-                EXPECT_NEAR(distance(x, map.at(j + 1)->getPos()), distance(rest[i], rest[j]), 1e-10);
         }
     }
 }
