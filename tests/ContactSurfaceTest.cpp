@@ -13,8 +13,6 @@
 
 namespace {
 
-const double pi = 3.14159265358979323846;
-
 // A fan of `facets` facets around node 2 at the origin in the plane z = 0,
 // normals up, and node 1 held at (x, y, -depth) below it.
 std::string fanDeck(int facets, double x, double y, double depth, const std::string& surface) {
@@ -27,7 +25,7 @@ std::string fanDeck(int facets, double x, double y, double depth, const std::str
       << "1 X " << x << " Y " << y << " Z " << -depth << " CONSTRAINT FIXED\n"
       << "2 X 0 Y 0 Z 0 CONSTRAINT FIXED\n";
     for (int i = 0; i < facets; ++i) {
-        const double a = 2.0 * pi * i / facets;
+        const double a = 2.0 * M_PI * i / facets;
         d << 3 + i << " X " << std::cos(a) << " Y " << std::sin(a) << " Z 0 CONSTRAINT FIXED\n";
     }
     d << "ELEMENTS TYPE CONTACT_FACET\n";

@@ -20,8 +20,6 @@ using namespace testutil;
 
 namespace {
 
-const double pi = 3.14159265358979323846;
-
 // One rod along x from node 1 (fixed, x = -L) to node 2 (x = 0): k = E A / L,
 // the free node carries m = rho A L / 2. Node 2 takes the load LOAD.
 std::string springDeck(const std::string& material, const std::string& controls) {
@@ -35,9 +33,9 @@ std::string springDeck(const std::string& material, const std::string& controls)
 std::string controls(const std::string& step, const std::string& end) {
     return "RUN FROM 0 TO " + end + "\nSTEP " + step + "\nPRINT EVERY 1\n";
 }
-const double F = 785.3981633974483;       // N: a strain of about 1e-3 at rest
-const double k = 1.0e8 * pi * 0.01 / 4.0; // E A / L
-const double m2 = 1000.0 * pi * 0.01 / 4.0 / 2.0;
+const double F = 785.3981633974483;         // N: a strain of about 1e-3 at rest
+const double k = 1.0e8 * M_PI * 0.01 / 4.0; // E A / L
+const double m2 = 1000.0 * M_PI * 0.01 / 4.0 / 2.0;
 
 // Strain energy of a rod of stiffness k and length L stretched by u: the
 // axial force E ln(l/L) A L/l integrates to k L^2 ln^2(l/L) / 2, which is
@@ -89,7 +87,7 @@ TEST(EnergyBalanceTest, ConstantLoadOnASpringDoesFuStoresKu2Over2AndTheBalanceCl
     // Undamped: the free end swings between 0 and 2 F / k, at the period of
     // the lumped mass, T = 2 pi sqrt(m / k): the first turn is at T / 2 and
     // the next would be at 3 T / 2, after the end.
-    const double period = 2.0 * pi * std::sqrt(m2 / k);
+    const double period = 2.0 * M_PI * std::sqrt(m2 / k);
     ASSERT_LT(period, 0.02);
     ASSERT_GT(1.5 * period, 0.02);
     EXPECT_NEAR(largestU, 2.0 * F / k, 0.01 * 2.0 * F / k);
@@ -129,7 +127,7 @@ TEST(EnergyBalanceTest, ReactionOfAPulledRodDoesTheStrainAndKineticEnergy) {
         "ELEMENTS TYPE ROD_2\n1 NODES 1 2 MATERIAL STEEL D 0.01\n2 NODES 2 3 MATERIAL STEEL D 0.01\n"
         "3 NODES 3 4 MATERIAL STEEL D 0.01\n4 NODES 4 5 MATERIAL STEEL D 0.01\n";
     contact_test::QuietModel m("energy_pulled", deck);
-    const double kRod = 2.1e11 * pi * 1e-4 / 4.0 / 0.25;
+    const double kRod = 2.1e11 * M_PI * 1e-4 / 4.0 / 0.25;
     double largestError = 0.0;
     int compared = 0;
     run(m, [&](double t, const std::vector<double>& x, const EnergyBalance& e) {

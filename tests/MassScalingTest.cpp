@@ -20,8 +20,6 @@ using namespace testutil;
 
 namespace {
 
-const double pi = 3.14159265358979323846;
-
 // A chain of four rods along x (c = sqrt(E/rho) = 1, D = 0.1) from node 1,
 // which is pulled along x, to the free node 5; and three separate right
 // isosceles triangles of legs 4, 0.5 and 0.0625, membranes or shells (c = 1,
@@ -73,7 +71,7 @@ std::vector<Piece> pieces() {
     std::vector<Piece> p;
     for (int r = 0; r < 4; ++r) {
         const double L = rodX[r + 1] - rodX[r];
-        p.push_back({r + 1, pi * rodD * rodD / 4.0 * L, L});
+        p.push_back({r + 1, M_PI * rodD * rodD / 4.0 * L, L});
     }
     for (int t = 0; t < 3; ++t) {
         const double a = legs[t];
