@@ -29,7 +29,6 @@ TEST(AmpTabularTest, PiecewiseLinearInTimeOrderZeroOutsideAndSearchedForwardOnly
         // Pairs out of order are sorted by time.
         {"3 -2 1 10 0 0",
          {{0.0, 0.0}, {0.25, 2.5}, {0.9, 9.0}, {1.0, 10.0}, {2.0, 4.0}, {2.5, 1.0}, {3.0, -2.0}}},
-        {"1 10 0 0", {{0.25, 2.5}}},
         // An earlier time than the last one asked runs to the end of the
         // table and answers the last value.
         {"0 0 1 10 2 0", {{1.5, 5.0}, {0.5, 0.0}}},

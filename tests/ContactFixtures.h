@@ -14,10 +14,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -25,16 +22,6 @@
 namespace contact_test {
 
 using testutil::tokens;
-
-// Message of the exception of type E thrown by f, or a marker if none.
-template <class E = std::exception> std::string messageOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
 
 struct NodeSet {
     ContactSearch search;

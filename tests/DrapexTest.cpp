@@ -17,44 +17,7 @@ const char* const freeNodeDeck = "TITLE\n"
                                  "1 X 0 Y 0 Z 0\n"
                                  "2 X 1 Y 0 Z 0\n";
 
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> out;
-    std::string::size_type pos = 0;
-    while (pos < text.size()) {
-        const auto end = text.find('\n', pos);
-        out.push_back(text.substr(pos, end == std::string::npos ? std::string::npos : end - pos));
-        if (end == std::string::npos) break;
-        pos = end + 1;
-    }
-    return out;
-}
 } // namespace
-
-TEST(Console, BannerIsLaidOutOn65Columns) {
-    const RunResult r = runDeck("banner", freeNodeDeck);
-    EXPECT_EQ(r.status, 0);
-    const auto out = lines(r.out);
-    ASSERT_GT(out.size(), 20u);
-    EXPECT_EQ(out[0], std::string(65, '_'));
-    EXPECT_EQ(out[1], std::string(65, ' '));
-    for (int i = 2; i < 7; ++i) {
-        EXPECT_EQ(out[i].size(), 65u) << out[i];
-        EXPECT_NE(out[i].find("_|"), std::string::npos);
-    }
-    EXPECT_EQ(out[7], std::string(65, ' '));
-    EXPECT_EQ(out[8], " An explicit finite element code for Composite Process Modeling  ");
-    EXPECT_EQ(out[10], " Version v0.5.0");
-    EXPECT_EQ(out[11], " Build Type: Release" + std::string(32, ' '));
-    EXPECT_EQ(out[13].size(), 65u);
-    EXPECT_EQ(out[14].size(), 65u);
-    EXPECT_EQ(out[15], std::string(65, ' '));
-    EXPECT_EQ(out[16].substr(out[16].size() - 4), "2021");
-    EXPECT_EQ(out[17], std::string(65, '_'));
-    EXPECT_EQ(out[18], std::string(65, ' '));
-    EXPECT_TRUE(contains(r.out, "\n Exit Drapex\n"));
-    EXPECT_TRUE(contains(r.out, " Solving took : "));
-    EXPECT_EQ(r.err, "");
-}
 
 TEST(Console, WithoutArgumentThePromptReadsOneWordAndADirectoryIsRefused) {
     const fs::path dir = scratchDir("prompt");

@@ -18,14 +18,3 @@ TEST(LoadTest, EveryKeywordFillsItsComponentConstantInTimeWithoutAmplitude) {
         EXPECT_EQ(l.getPressure(t), 0.0);
     }
 }
-
-TEST(LoadTest, PressureAndAccelerationFollowTheAmplitude) {
-    Load p;
-    p.parseOstrel(tokens("P 2.0 AMPLITUDE RAMP"), testutil::ramp());
-    for (const auto& [t, value] : {std::pair<double, double>{0.0, 0.0}, {0.25, 0.5}, {1.0, 2.0}, {2.0, 0.0}})
-        EXPECT_DOUBLE_EQ(p.getPressure(t), value) << t;
-    Load g;
-    g.parseOstrel(tokens("AMPLITUDE RAMP AZ -9.81"), testutil::ramp());
-    EXPECT_DOUBLE_EQ(g.at(0.5).acceleration[2], -4.905);
-    EXPECT_DOUBLE_EQ(g.at(0.5).force[2], 0.0);
-}

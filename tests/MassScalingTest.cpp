@@ -20,8 +20,6 @@ using namespace testutil;
 
 namespace {
 
-const double pi = 3.14159265358979323846;
-
 // A chain of four rods along x (c = sqrt(E/rho) = 1, D = 0.1) from node 1,
 // which is pulled along x, to the free node 5; and three separate right
 // isosceles triangles of legs 4, 0.5 and 0.0625, membranes or shells (c = 1,
@@ -73,7 +71,7 @@ std::vector<Piece> pieces() {
     std::vector<Piece> p;
     for (int r = 0; r < 4; ++r) {
         const double L = rodX[r + 1] - rodX[r];
-        p.push_back({r + 1, pi * rodD * rodD / 4.0 * L, L});
+        p.push_back({r + 1, M_PI * rodD * rodD / 4.0 * L, L});
     }
     for (int t = 0; t < 3; ++t) {
         const double a = legs[t];
@@ -92,7 +90,8 @@ double nodalMass(contact_test::QuietModel& m) {
 } // namespace
 
 // Target 0.125: the two smallest rods (0.03125 long) and the two smaller
-// triangles need mass, the rest not.
+// triangles need mass, the rest not. (How the job log reports the scaling is
+// the output block scaled.md of docs/deck-format.md.)
 TEST(MassScalingTest, AutomaticStepRisesToTheTargetAndTheAddedMassIsTheHandCount) {
     const double target = 0.125;
     double handAdded = 0.0, handModel = 0.0, smallestStep = 1e300, largest = 1.0;
@@ -129,27 +128,6 @@ TEST(MassScalingTest, AutomaticStepRisesToTheTargetAndTheAddedMassIsTheHandCount
         EXPECT_NEAR(after.getInertia()[2][2], largest * before.getInertia()[2][2],
                     1e-12 * after.getInertia()[2][2]);
         EXPECT_NEAR(after.getInertia()[2][2] * after.getInverseInertia()[2][2], 1.0, 1e-12);
-
-        // The job log states the same, in a section after the initial conditions.
-        std::filesystem::path logDeck;
-        ASSERT_EQ(runDeck("mass_scaling_log", deck(type, "0", "0.125"), &logDeck).err, "");
-        const auto log = logDeck.parent_path() / "mass_scaling_log.md";
-        const std::string text = readFile(log);
-        EXPECT_LT(text.find("Print step:"), text.find("## Mass scaling"));
-        EXPECT_LT(text.find("## Mass scaling"), text.find("## Running info"));
-        const auto value = [&](const std::string& label) {
-            const auto v = readback::logValues(log, label);
-            return v.size() == 1 ? v[0] : std::nan("");
-        };
-        EXPECT_DOUBLE_EQ(value("Target step: "), target);
-        EXPECT_EQ(value("Scaled elements: "), 4.0);
-        EXPECT_NEAR(value("Added mass: "), handAdded, 1e-5 * handAdded);
-        EXPECT_NEAR(value("Model mass before scaling: "), handModel, 1e-5 * handModel);
-        EXPECT_NEAR(value("Added mass in per cent of the model mass: "), 100.0 * handAdded / handModel,
-                    1e-3 * handAdded / handModel);
-        EXPECT_NEAR(value("Largest factor: "), largest, 1e-5 * largest);
-        EXPECT_TRUE(contains(text, " (element 7)\n")) << text;
-        EXPECT_NEAR(readback::logValues(log, "Time step: ").at(0), target, 1e-6);
     }
 }
 

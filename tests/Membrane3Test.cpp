@@ -105,16 +105,11 @@ struct Sheet : contact_test::NodeSet {
     }
 };
 
+// 70 degrees about (2, -1, 2)/3, then a shift.
 Point rotated(const Point& x) {
-    // 70 degrees about (2, -1, 2)/3, then a shift.
-    const double k[3] = {2.0 / 3.0, -1.0 / 3.0, 2.0 / 3.0};
-    const double a = 70.0 * M_PI / 180.0, c = std::cos(a), s = std::sin(a);
-    const double dot = k[0] * x[0] + k[1] * x[1] + k[2] * x[2];
-    const double kx[3] = {k[1] * x[2] - k[2] * x[1], k[2] * x[0] - k[0] * x[2], k[0] * x[1] - k[1] * x[0]};
-    Point y;
-    for (int i = 0; i < 3; ++i)
-        y[i] = x[i] * c + kx[i] * s + k[i] * dot * (1 - c) + (i == 0 ? 3.0 : -2.0);
-    return y;
+    const double a = 70.0 * M_PI / 180.0;
+    const Point y = testutil::rotate({2.0 / 3.0 * a, -1.0 / 3.0 * a, 2.0 / 3.0 * a}, x);
+    return {y[0] + 3.0, y[1] - 2.0, y[2] - 2.0};
 }
 
 // Normal stress of an element along unit directions d and f (global axes):
@@ -184,15 +179,15 @@ TEST(Membrane3, LumpedMassesSumToDensityTimesAreaWithInertiaAndDamping) {
     EXPECT_NEAR(total, 7.5 * A, 1e-12);
 }
 
+// (The step of the reference geometry is MassScalingTest's, by hand for
+// membranes of three sizes.)
 TEST(Membrane3, StableStepIsOneTenthOfTheSmallestAltitudeOverTheWaveSpeed) {
-    // Equilateral triangle of side s: h = (sqrt 3 / 2) s.
-    const double side = 0.3, c = 40.0;
-    Sheet m(fixedLaw(1.0, c), {{0, 0, 0}, {side, 0, 0}, {side / 2, side * std::sqrt(3.0) / 2, 0}});
+    const double c = 40.0;
+    Sheet m(fixedLaw(1.0, c));
     auto e = m.element("1 2 3");
     m.prepareAndStep();
-    EXPECT_NEAR(e->checkTimestep(1.0), 0.1 * (std::sqrt(3.0) / 2.0) * side / c, 1e-15);
     EXPECT_EQ(e->checkTimestep(1e-9), 1e-9);
-    // Right triangle 3-4-5: the altitude on the hypotenuse, 12/5.
+    // Moved to a right triangle 3-4-5: the altitude on the hypotenuse, 12/5.
     m.moveTo(m.list[1], 3, 0, 0);
     m.moveTo(m.list[2], 0, 4, 0);
     e->computeStrain(1e-3, 0);
@@ -246,11 +241,10 @@ TEST(Membrane3, PressureForcesArePressureTimesAreaOverThreeAlongTheNormal) {
     expectForces(m, {{0.5, 0, 0}, {0.5, 0, 0}, {0.5, 0, 0}});
 }
 
-// Beyond what the contact forces below show: BASIC makes the face alone and
-// the edges run 1-2, 2-3 and 3-1.
+// Beyond what the contact forces below show: the edges run 1-2, 2-3 and 3-1.
+// (CONTACT BASIC, the face alone, is the sheet_on_tool example's.)
 TEST(Membrane3, ContactObjectsAreTheFaceAndWithEdgeItsThreeEdges) {
     Sheet m;
-    EXPECT_EQ(m.element("1 2 3 T 0.5 CONTACT BASIC", 3)->getContactLine(1), nullptr);
     auto e = m.element("1 2 3 T 0.4 CONTACT EDGE");
     const int ends[3][2] = {{1, 2}, {2, 3}, {3, 1}};
     for (int i = 1; i <= 3; ++i) {

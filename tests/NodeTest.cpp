@@ -25,23 +25,6 @@ Node node(double mass, double j0 = 0.0, double j1 = 0.0, double j2 = 0.0, double
 
 } // namespace
 
-TEST(NodeUpdate, FreeNodeUnderConstantForceFollowsTheClosedForm) {
-    const double m = 2.0, F = 3.0, dt = 1e-3;
-    Node n = node(m);
-    const int steps = 500;
-    for (int k = 0; k < steps; ++k) {
-        n.addExternalForce(F, -F, 0.0);
-        n.computeNewPosition(dt, k * dt);
-        n.clearNodalForces();
-    }
-    // The half-step start makes the displacement exact: u = F t^2 / (2m).
-    const double t = steps * dt;
-    EXPECT_NEAR(n.getX_pos(), F * t * t / (2 * m), 1e-12);
-    EXPECT_NEAR(n.getY_pos(), -F * t * t / (2 * m), 1e-12);
-    EXPECT_NEAR(n.getX_vel(), F / m * (t - 0.5 * dt), 1e-12);
-    EXPECT_DOUBLE_EQ(n.getZ_pos(), 0.0);
-}
-
 TEST(NodeUpdate, DampingActsOnTranslationsOnly) {
     Node n = node(1.0, 2.0, 2.0, 2.0, 10.0);
     n.setX_vel(1.0);

@@ -64,8 +64,9 @@ std::map<std::string, fs::path> resultFiles(const fs::path& deck) {
     if (fs::is_directory(results))
         for (const auto& entry : fs::directory_iterator(results))
             if (entry.path().extension() == ".vtk") files[entry.path().filename().string()] = entry.path();
-    // The trackers' histories; the energy history beside them is checked
-    // against closed forms in EnergyBalanceTest.
+    // The trackers' histories; the balance that the energy history beside
+    // them writes is checked against closed forms in EnergyBalanceTest, the
+    // file itself word for word as bar_energy.csv in docs/outputs.md.
     const std::string energy = deck.stem().string() + "_energy.csv";
     for (const auto& entry : fs::directory_iterator(deck.parent_path()))
         if (entry.path().extension() == ".csv" && entry.path().filename() != energy)

@@ -17,7 +17,6 @@ using contact_test::tokens;
 
 namespace {
 
-const double pi = 3.14159265358979323846;
 using Point = std::array<double, 3>;
 
 // Nodes numbered 1, 2, ... at the given places; steel with E = 2e5, rho = 8e-9.
@@ -65,7 +64,7 @@ TEST(Rod2Test, MovedRodGivesLogStrainAtConstantVolumeAndAxialForces) {
         {{0, 0, 0}, {0, 3, 4}, {1, 1, 1}, {6, 1, 1}},               // translated and turned
         {{0, 0, 0}, {1, 1, -1}, {0, 0, 0}, {1.1, 1.1, -1.1}},       // its frame is not finite, its force is
     };
-    const double A0 = pi * 0.1 * 0.1 / 4.0;
+    const double A0 = M_PI * 0.1 * 0.1 / 4.0;
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.b[0] << " " << c.b[1] << " " << c.b[2]);
         Rods f({c.a0, c.b0});
@@ -99,7 +98,7 @@ TEST(Rod2Test, LumpedMassFullInertiaAndDamping) {
     auto r = f.make<Rod2>("NODES 1 2 MATERIAL STEEL D 0.1", false);
     r->assembleMassMatrix();
     // Each node starts with the tiny mass 1e-15 of a node without elements.
-    const double m = 8.0e-9 * pi * 0.0025 * 2.0;
+    const double m = 8.0e-9 * M_PI * 0.0025 * 2.0;
     EXPECT_DOUBLE_EQ(f.list[0]->getMass(), 0.5 * m + 1e-15);
     EXPECT_DOUBLE_EQ(f.list[1]->getMass(), 0.5 * m + 1e-15);
     EXPECT_EQ(f.list[0]->getRayleighDamping(), 4.0);
@@ -113,7 +112,7 @@ TEST(Rod2Test, LumpedMassFullInertiaAndDamping) {
     // A stubby rod (L0 = 0.01 < D): I = m D^2 / 8.
     auto stub = f.make<Rod2>("NODES 2 3 MATERIAL STEEL D 0.1", false);
     stub->assembleMassMatrix();
-    const double ms = 8.0e-9 * pi * 0.0025 * 0.01;
+    const double ms = 8.0e-9 * M_PI * 0.0025 * 0.01;
     EXPECT_NEAR(f.list[2]->getInertia()[1][1], ms * 0.01 / 8.0, 1e-12 * ms);
     EXPECT_NEAR(f.list[2]->getMass(), 0.5 * ms + 1e-15, 1e-20);
 }

@@ -6,6 +6,7 @@
 #include "Token.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -124,6 +125,18 @@ inline std::string withEndTime(const std::string& deck, const std::string& endTi
     if (!std::regex_search(deck, m, run)) return deck;
     const auto at = static_cast<std::size_t>(m.position(2));
     return deck.substr(0, at) + endTime + deck.substr(at + static_cast<std::size_t>(m.length(2)));
+}
+
+// Rotation of v by the angle |t| about t (Rodrigues).
+inline std::array<double, 3> rotate(const std::array<double, 3>& t, const std::array<double, 3>& v) {
+    const double angle = std::sqrt(t[0] * t[0] + t[1] * t[1] + t[2] * t[2]);
+    const double k[3] = {t[0] / angle, t[1] / angle, t[2] / angle};
+    const double kv[3] = {k[1] * v[2] - k[2] * v[1], k[2] * v[0] - k[0] * v[2], k[0] * v[1] - k[1] * v[0]};
+    const double kdotv = k[0] * v[0] + k[1] * v[1] + k[2] * v[2];
+    std::array<double, 3> out;
+    for (int i = 0; i < 3; ++i)
+        out[i] = v[i] * std::cos(angle) + kv[i] * std::sin(angle) + k[i] * kdotv * (1.0 - std::cos(angle));
+    return out;
 }
 
 inline bool contains(const std::string& text, const std::string& part) {
