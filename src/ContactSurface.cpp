@@ -1,5 +1,6 @@
 #include "ContactSurface.h"
 
+#include "Checkpoint.h"
 #include "ContactSearch.h"
 #include "DeckParser.h"
 #include "Element.h"
@@ -504,4 +505,15 @@ void ContactSurface::computeContactForces(double dt) {
     std::sort(touched.begin(), touched.end());
     for (int index : touched)
         push(index, dt);
+}
+
+void ContactSurface::checkpoint(Archive& archive) {
+    // The facets' corners and normals are taken afresh every increment.
+    archive.section(("surface " + name).c_str(), slots.size());
+    static_assert(std::is_trivially_copyable<Slot>::value, "a slot is archived as it is");
+    archive.vector(slots);
+    archive.vector(tangential);
+    archive.vector(touched);
+    archive.pod(epoch);
+    archive.pod(normalForce);
 }

@@ -41,6 +41,7 @@
 #include <unordered_map>
 #include <vector>
 
+class Archive;
 class ContactSearch;
 class Element;
 class Node;
@@ -74,6 +75,8 @@ public:
     void attachContactSearch(ContactSearch& search);
     // Pushes every node it acts on that is within reach, and adds friction.
     void computeContactForces(double dt);
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     Kind getKind() const { return kind; }
     double getThickness() const { return thickness; }

@@ -36,6 +36,8 @@
 #include <memory>
 #include <vector>
 
+class Archive;
+
 class EnergyBalance {
 public:
     struct Totals {
@@ -70,6 +72,8 @@ public:
     void afterUpdate(const Node& n, std::size_t i);
     // After the node pass: the totals move on to the start of the increment.
     void endIncrement();
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     const Totals& totals() const { return sum; }
     // kinetic + internal + damping + contact - external - prescribed - initial kinetic

@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+class Archive;
 class Constraint;
 class Load;
 class RigidBody;
@@ -51,6 +52,8 @@ public:
     void addContactForce(double fx, double fy, double fz) { accumulate(pass.contactForce, 0, fx, fy, fz); }
     void addInternalMoment(double mx, double my, double mz) { accumulate(pass.internalForce, 3, mx, my, mz); }
     void clearNodalForces();
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     // Rigid bodies (see RigidBody.h). A member is carried by its body's
     // reference node: the loop does not integrate it.

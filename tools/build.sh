@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-required=(g++ cmake make libtnt-dev libjama-dev libgtest-dev libbenchmark-dev)
+required=(g++ cmake make libtnt-dev libjama-dev libgtest-dev libbenchmark-dev zlib1g-dev)
 # Independent readers and plotting used by a few tests and tools; the tests
 # that need them skip with a message where they cannot be installed.
 optional=(python3 python3-vtk9 python3-meshio python3-matplotlib xvfb xauth)
