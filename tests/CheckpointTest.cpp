@@ -69,18 +69,17 @@ void expectSameFiles(const fs::path& dir, const std::map<std::string, std::strin
         EXPECT_TRUE(got.count(name) && got.at(name) == bytes) << name << " differs";
 }
 
-const std::map<std::string, std::string>& uninterrupted() {
-    static const auto files = [] {
-        const fs::path dir = deckDir("restart_whole");
-        EXPECT_EQ(run(dir, "restart.txt", false).status, 0);
-        return outputs(dir);
-    }();
-    return files;
+// The files of the run that goes through, in a directory of the test's own
+// (CTest runs the tests side by side).
+std::map<std::string, std::string> uninterrupted(const std::string& name) {
+    const fs::path dir = deckDir(name + "_whole");
+    EXPECT_EQ(run(dir, "restart.txt", false).status, 0);
+    return outputs(dir);
 }
 } // namespace
 
 TEST(Checkpoint, StoppedAndKilledRunsResumeToTheSameFilesByteForByte) {
-    const auto& expected = uninterrupted();
+    const auto expected = uninterrupted("restart_cut");
     ASSERT_EQ(expected.size(), 24u); // 20 prints, their series, 2 trackers, the energy history
     const fs::path dir = deckDir("restart_cut");
     Outcome r = run(dir, "restart.txt", false, 1500, SIGTERM);
@@ -103,7 +102,7 @@ TEST(Checkpoint, StoppedAndKilledRunsResumeToTheSameFilesByteForByte) {
 }
 
 TEST(Checkpoint, RefusedCheckpointsSayWhyAndTheOlderGoodOneIsUsed) {
-    const auto& expected = uninterrupted();
+    const auto expected = uninterrupted("restart_refused");
     const fs::path dir = deckDir("restart_refused");
     EXPECT_EQ(run(dir, "restart.txt", false, 2500, SIGTERM).status, 0);
     const std::string latest = readFile(dir / "restart.ckpt"), previous = readFile(dir / "restart.ckpt.1");
@@ -172,5 +171,5 @@ TEST(Checkpoint, ACheckpointThatCannotBeWrittenLeavesTheRunGoing) {
                          "restart.ckpt.tmp cannot be created: Is a directory; there is no earlier one; "
                          "the run goes on\n"))
         << r.out;
-    expectSameFiles(dir, uninterrupted());
+    expectSameFiles(dir, uninterrupted("restart_unwritable"));
 }
