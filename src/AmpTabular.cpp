@@ -1,5 +1,7 @@
 #include "AmpTabular.h"
 
+#include "Checkpoint.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -60,4 +62,8 @@ double AmpTabular::at(double time) {
         }
     }
     return last.second;
+}
+
+void AmpTabular::checkpoint(Archive& archive) {
+    archive.pod(cursor);
 }

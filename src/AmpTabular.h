@@ -17,6 +17,7 @@ public:
     void parseOstrel(std::vector<Token> tokens) override;
     void setInitialConditions() override;
     double at(double time) override;
+    void checkpoint(Archive& archive) override;
 
     double getStartTime() const { return startTime; }
     double getEndTime() const { return endTime; }

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+class Archive;
+
 class Amplitude {
 public:
     virtual ~Amplitude() = default;
@@ -14,6 +16,8 @@ public:
     virtual void parseOstrel(std::vector<Token> tokens) = 0;
     virtual void setInitialConditions() = 0;
     virtual double at(double time) = 0;
+    // What the amplitude carries from one increment to the next (Checkpoint.h).
+    virtual void checkpoint(Archive& /*archive*/) {}
 
     std::string getName() const { return name; }
     void setName(std::string& n) {

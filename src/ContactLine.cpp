@@ -1,5 +1,6 @@
 #include "ContactLine.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 #include "SpeedHints.h"
 
@@ -293,4 +294,14 @@ void ContactLine::prefetchForStep() const {
     speed::prefetch(*this);
     for (const auto& n : nodes)
         n->prefetchForElements();
+}
+
+void ContactLine::checkpoint(Archive& archive) {
+    for (int k = 0; k < 3; ++k) {
+        archive.pod(direction[k]);
+        archive.pod(contactParameters[k]);
+    }
+    archive.pod(boundingBox);
+    archive.pod(segment);
+    archive.pod(segmentLength);
 }

@@ -49,6 +49,7 @@ public:
     void computeInternalForces(double, int) override {}
     void computeExternalForces(double) override {}
     void computeContactForces() override;
+    void checkpoint(Archive& archive) override;
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
 

@@ -1,11 +1,11 @@
 #include "ContactSurface.h"
 
-#include "ParallelLoop.h"
-
+#include "Checkpoint.h"
 #include "ContactSearch.h"
 #include "DeckParser.h"
 #include "Element.h"
 #include "Node.h"
+#include "ParallelLoop.h"
 
 #include <algorithm>
 #include <cmath>
@@ -533,4 +533,15 @@ void ContactSurface::computeContactForces(double dt, ParallelLoop& loop) {
     std::sort(touched.begin(), touched.end());
     for (int index : touched)
         push(index, dt);
+}
+
+void ContactSurface::checkpoint(Archive& archive) {
+    // The facets' corners and normals are taken afresh every increment.
+    archive.section(("surface " + name).c_str(), slots.size());
+    static_assert(std::is_trivially_copyable<Slot>::value, "a slot is archived as it is");
+    archive.vector(slots);
+    archive.vector(tangential);
+    archive.vector(touched);
+    archive.pod(epoch);
+    archive.pod(normalForce);
 }

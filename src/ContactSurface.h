@@ -41,6 +41,7 @@
 #include <unordered_map>
 #include <vector>
 
+class Archive;
 class ContactSearch;
 class ParallelLoop;
 class Element;
@@ -76,6 +77,8 @@ public:
     // Pushes every node it acts on that is within reach, and adds friction;
     // the facets look for their nodes on the loop's threads.
     void computeContactForces(double dt, ParallelLoop& loop);
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     Kind getKind() const { return kind; }
     double getThickness() const { return thickness; }

@@ -1,5 +1,6 @@
 #include "ContactTriangle.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 #include "SpeedHints.h"
 
@@ -258,4 +259,29 @@ void ContactTriangle::prefetchForStep() const {
     speed::prefetch(*this);
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
+}
+
+void ContactTriangle::checkpoint(Archive& archive) {
+    archive.pod(geometry);
+    archive.pod(origin);
+    archive.pod(localForce);
+    archive.pod(shapeCoefficients);
+    archive.pod(areaCoordinates);
+    archive.pod(localPosition);
+    archive.pod(gap);
+    archive.pod(boundingBox);
+    archive.pod(totalContactForce);
+    // The friction history names its nodes by number.
+    std::uint64_t count = frictionHistory.size();
+    archive.pod(count);
+    if (!archive.saving()) frictionHistory.assign(static_cast<std::size_t>(count), FrictionData{});
+    for (FrictionData& f : frictionHistory) {
+        archive.node(f.node);
+        archive.pod(f.x);
+        archive.pod(f.y);
+        archive.pod(f.dx);
+        archive.pod(f.dy);
+        archive.pod(f.positionSet);
+        archive.pod(f.incrementSet);
+    }
 }

@@ -1,7 +1,9 @@
 #include "ControlSet.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <exception>
@@ -47,6 +49,8 @@ void ControlSet::parseOstrel(std::vector<Token> tokens) {
             trackStep = interval;
             trackLine = currentLine;
             i += 3;
+        } else if (key == "CHECKPOINT") {
+            i += readCheckpoint(tokens, i);
         } else if (key == "WRITER" && tokens.at(i + 1).getWord() == "TYPE") {
             if (!tokens.at(i + 2).isAWord()) throw std::invalid_argument("Wrong writer command");
             writer = tokens.at(i + 2).getWord();
@@ -55,6 +59,45 @@ void ControlSet::parseOstrel(std::vector<Token> tokens) {
             throw std::invalid_argument("Input " + key + " is not recognized");
         }
     }
+}
+
+std::size_t ControlSet::readCheckpoint(const std::vector<Token>& tokens, std::size_t i) {
+    const auto word = [&](std::size_t k) { return k < tokens.size() ? tokens[k].getWord() : std::string(); };
+    const std::string usage = "CHECKPOINT needs EVERY <interval>, EVERY <minutes> MINUTES or OFF";
+    // The first phrase replaces the default of every 10 minutes.
+    if (!checkpointGiven) checkpointMinutes = checkpointStep = 0.0;
+    checkpointGiven = true;
+    if (word(i + 1) == "OFF") {
+        checkpointMinutes = checkpointStep = 0.0;
+        return 2;
+    }
+    if (word(i + 1) != "EVERY" || i + 2 >= tokens.size() || !tokens[i + 2].isANumber())
+        throw std::invalid_argument(usage);
+    const double interval = tokens[i + 2].getNumber();
+    if (!(std::isfinite(interval) && interval > 0.0))
+        throw std::invalid_argument(
+            "The interval of CHECKPOINT EVERY must be a positive finite number, not " +
+            DeckParser::number(interval));
+    if (word(i + 3) == "MINUTES") {
+        checkpointMinutes = interval;
+        return 4;
+    }
+    checkpointStep = interval;
+    return 3;
+}
+
+bool ControlSet::timeToCheckpoint(double t) {
+    if (!(checkpointStep > 0.0) || t < static_cast<double>(checkpointCount + 1) * checkpointStep)
+        return false;
+    checkpointCount = std::max(checkpointCount + 1, static_cast<long>(t / checkpointStep));
+    return true;
+}
+
+void ControlSet::checkpoint(Archive& archive) {
+    archive.section("schedules", 3);
+    archive.pod(printCount);
+    archive.pod(trackCount);
+    archive.pod(checkpointCount);
 }
 
 bool ControlSet::timeToPrint(double t) {

@@ -5,6 +5,8 @@
 
 #include "Token.h"
 
+class Archive;
+
 #include <string>
 #include <vector>
 
@@ -37,8 +39,21 @@ public:
     // MASS SCALING <target>: elements whose stable step is below the target
     // get mass until it is reached; 0 when the phrase is not given.
     double getMassScalingTarget() const { return massScalingTarget; }
+    // CHECKPOINT EVERY <minutes> MINUTES, CHECKPOINT EVERY <interval> (model
+    // time), CHECKPOINT OFF: without the keyword a checkpoint every 10
+    // minutes of wall-clock time; 0 where that kind is not wanted.
+    double getCheckpointMinutes() const { return checkpointMinutes; }
+    double getCheckpointStep() const { return checkpointStep; }
+    // True when a checkpoint is due at model time t on the model-time
+    // schedule; one per call, the schedule skipping what a long step passed.
+    bool timeToCheckpoint(double t);
+    // The schedules' counters (see Checkpoint.h).
+    void checkpoint(Archive& archive);
 
 private:
+    // CHECKPOINT at token i; returns the tokens it used.
+    std::size_t readCheckpoint(const std::vector<Token>& tokens, std::size_t i);
+
     int printCount = 0;
     double startTime = 0.0;
     double endTime = 0.0;
@@ -49,5 +64,9 @@ private:
     double trackStep = 0.0;
     int currentLine = 0, trackLine = 0;
     bool runGiven = false;
+    double checkpointMinutes = 10.0;
+    double checkpointStep = 0.0;
+    bool checkpointGiven = false;
+    long checkpointCount = 0;
     std::string writer = "VTK";
 };

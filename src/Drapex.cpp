@@ -1,7 +1,9 @@
 // Entry point: prints the banner, takes the deck path from the first argument
 // or the console, checks it and runs the model. The exit status is always 0.
 // A first argument of exactly --help or --version prints the usage or the
-// version instead and runs nothing; any other argument is a deck path.
+// version instead and runs nothing; any other argument is a deck path. A
+// second argument of exactly --restart resumes the deck's run from its latest
+// good checkpoint; other further arguments are ignored.
 #include "Model.h"
 #include "Version.h"
 
@@ -48,7 +50,7 @@ std::string versionText() {
 }
 
 void printUsage() {
-    std::cout << "Usage: drapex DECK.txt\n"
+    std::cout << "Usage: drapex DECK.txt [--restart]\n"
                  "       drapex --help | --version\n"
                  "\n"
                  "Drapex is an explicit finite-element solver for composite forming: the draping\n"
@@ -63,12 +65,15 @@ void printUsage() {
                  "  path/to/Results_job/job.vtk.series the result files with their model times,\n"
                  "                                     for ParaView\n"
                  "  path/to/<TRACKER>.csv              one history per tracker of the deck\n"
+                 "  path/to/job.ckpt, job.ckpt.1       the last two checkpoints (every 10 minutes\n"
+                 "                                     by default, and on Ctrl-C or SIGTERM)\n"
                  "Errors go to the standard error; the exit status is always 0. Without an\n"
                  "argument drapex asks for the deck's name.\n"
                  "\n"
                  "Options:\n"
                  "  --help     print this text and exit\n"
                  "  --version  print the version and exit\n"
+                 "  --restart  (after the deck) resume the run from its latest good checkpoint\n"
                  "\n"
                  "The guide is in the docs folder of the Drapex sources: docs/deck-format.md\n"
                  "(writing a deck) and docs/outputs.md (reading the results).\n";
@@ -106,6 +111,7 @@ int main(int argc, char* argv[]) {
         if (!std::filesystem::exists(std::filesystem::status(deckPath)))
             throw std::invalid_argument(" File : " + deck + " does not exist");
         model = std::make_unique<Model>(id, deck);
+        model->setRestart(argc > 2 && std::string(argv[2]) == "--restart");
         model->run();
         std::cout << " Exit Drapex" << std::endl;
     } catch (const std::exception& e) {

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+class Archive;
 class ContactSearch;
 class Node;
 class Material;
@@ -67,6 +68,9 @@ public:
     // element (nothing for an element without contact); called once, in
     // element order, before the initial conditions.
     virtual void attachContactSearch(ContactSearch& /*search*/) {}
+    // Writes or reads what the element carries from one increment to the
+    // next (Checkpoint.h); nothing for an element that keeps no history.
+    virtual void checkpoint(Archive& /*archive*/) {}
     // The contact surface whose facet this element's face is (SURFACE on its
     // line), or nothing.
     virtual std::string getSurfaceName() const { return {}; }

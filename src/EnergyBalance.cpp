@@ -1,5 +1,7 @@
 #include "EnergyBalance.h"
 
+#include "Checkpoint.h"
+
 #include <algorithm>
 
 void EnergyBalance::setUp(const std::vector<std::shared_ptr<Node>>& nodes,
@@ -150,4 +152,25 @@ double EnergyBalance::largest() const {
 double EnergyBalance::errorPercent() const {
     const double reference = largest();
     return reference > 0.0 ? 100.0 * error() / reference : 0.0;
+}
+
+void EnergyBalance::checkpoint(Archive& archive) {
+    // The loads and the nodes' load slots follow from the deck.
+    archive.section("load values", loadValues.size());
+    archive.vector(loadValues);
+    archive.pod(dt);
+    archive.pod(dtPrevious);
+    archive.pod(perAverageStep);
+    archive.pod(weightBehind);
+    archive.pod(weightAhead);
+    archive.pod(kinetic);
+    archive.pod(freeKinetic);
+    for (Family* f : {&internal, &contact, &damping, &external, &prescribed}) {
+        archive.pod(f->past);
+        archive.pod(f->next);
+        archive.pod(f->held);
+    }
+    archive.pod(sum);
+    archive.pod(count);
+    archive.pod(first);
 }

@@ -36,6 +36,8 @@
 #include <memory>
 #include <vector>
 
+class Archive;
+
 class EnergyBalance {
 public:
     struct Totals {
@@ -81,6 +83,8 @@ public:
     // After the node pass: the runs' sums, in update order; the totals move
     // on to the start of the increment.
     void endIncrement(const Partial* runs, std::size_t runCount);
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     const Totals& totals() const { return sum; }
     // kinetic + internal + damping + contact - external - prescribed - initial kinetic

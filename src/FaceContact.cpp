@@ -1,5 +1,6 @@
 #include "FaceContact.h"
 
+#include "Checkpoint.h"
 #include "ContactLine.h"
 #include "ContactTriangle.h"
 #include "Node.h"
@@ -88,4 +89,10 @@ void FaceContact::computeContactForces() {
     if (type != faceEdgeContact) return;
     for (ContactLine* line : {line1.get(), line2.get(), line3.get()})
         if (line) line->computeContactForces();
+}
+
+void FaceContact::checkpoint(Archive& archive) {
+    if (triangle) triangle->checkpoint(archive);
+    for (const auto* line : {&line1, &line2, &line3})
+        if (*line) (*line)->checkpoint(archive);
 }

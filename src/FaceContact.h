@@ -14,6 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
+class Archive;
 class ContactLine;
 class ContactSearch;
 class ContactTriangle;
@@ -43,6 +44,8 @@ public:
     void setInitialConditions();
     void updateLocalCoordinateSystem();
     void computeContactForces();
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     // The contact surface the face belongs to (SURFACE), or nothing.
     const std::string& getSurfaceName() const { return surface; }

@@ -19,9 +19,13 @@ public:
     virtual void writeList(const std::string& text, const int& level);
     virtual void writeError(const std::string& where, const std::string& what);
     virtual void entry(const std::string& text, const bool& flag);
+    // Before init: the log of a resumed run continues the file of the run it
+    // resumes instead of replacing it.
+    void continueExisting() { appending = true; }
 
 protected:
     std::ofstream file;
+    bool appending = false;
 };
 
 Logger& operator<<(Logger& log, const std::string& text);

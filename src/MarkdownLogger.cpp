@@ -11,8 +11,17 @@ void MarkdownLogger::init(const std::filesystem::path& p) {
     IOFile::init(p);
     std::filesystem::path logPath = path;
     logPath.replace_extension(".md");
-    file.open(logPath, std::ios::out | std::ios::trunc);
-    writeHeader();
+    file.open(logPath, std::ios::out | (appending ? std::ios::app : std::ios::trunc));
+    if (!appending) {
+        writeHeader();
+        return;
+    }
+    const std::time_t now = std::time(nullptr);
+    std::string date(std::ctime(&now));
+    if (!date.empty() && date.back() == '\n') date.pop_back();
+    file << std::endl;
+    writeSeparator();
+    writeSection("Resuming job " + path.filename().string() + " (" + date + ")", 0);
 }
 
 void MarkdownLogger::writeHeader() {

@@ -1,5 +1,6 @@
 #include "Membrane3.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 #include "Load.h"
 #include "Material.h"
@@ -276,4 +277,19 @@ void Membrane3::prefetchForStep() const {
     speed::prefetch(*this);
     for (const Node* n : nodePointers)
         if (n) n->prefetchForElements();
+}
+
+void Membrane3::checkpoint(Archive& archive) {
+    // The material law keeps no history: its members are parameters and
+    // what follows from them.
+    archive.pod(thickness);
+    archive.pod(geometry);
+    archive.pod(jacobian);
+    archive.pod(detJacobian);
+    archive.pod(deformationGradient);
+    archive.pod(shapeDerivatives);
+    archive.pod(strain);
+    archive.pod(stress);
+    archive.pod(internalForce);
+    contact.checkpoint(archive);
 }

@@ -1,6 +1,7 @@
 #include "Model.h"
 
 #include "Amplitude.h"
+#include "Checkpoint.h"
 #include "Constraint.h"
 #include "ContactSearch.h"
 #include "ContactSurface.h"
@@ -64,6 +65,7 @@ Model::~Model() = default;
 void Model::initialize() {
     try {
         logger = LoggerLibrary::getLogger(".md");
+        if (restartRequested) logger->continueExisting();
         logger->init(inputPath);
         reader = ReaderLibrary::getReader(inputPath.extension().string());
         reader->init(inputPath);
@@ -207,6 +209,7 @@ void Model::run() {
         initialize();
         assembleMassMatrix();
         setInitialConditions();
+        if (restartRequested) resume();
         const auto start = std::chrono::steady_clock::now();
         solve();
         logger->entry(" Solving took : " + fixed(secondsSince(start)), true);
@@ -458,7 +461,8 @@ void Model::solve() {
     int printCount = 0;
     double candidateStep = 90000.0;
     currentTime = 0.0;
-    double t = 0.0;
+    beginCheckpoints(printCount, candidateStep);
+    double t = currentTime;
     try {
         while (!(controlSet->getEndTime() < t) && controlSet->getEndTime() == controlSet->getEndTime()) {
             // The print decision depends on the time alone, which the step
@@ -501,6 +505,7 @@ void Model::solve() {
             monitor.afterIncrement(energy, currentTime, timeStep, print, nodes, elements);
             advanceTime(!keepForces);
             t = currentTime;
+            if (checkpointAfterIncrement(printCount, candidateStep)) break;
         }
     } catch (const std::exception& e) {
         logger->writeError(failureText(e), "solve() method");

@@ -26,6 +26,8 @@ class Logger;
 class ContactSearch;
 class ContactSurface;
 class RigidBody;
+class Archive;
+struct CheckpointRun;
 
 class Model {
 public:
@@ -33,6 +35,16 @@ public:
     ~Model();
 
     void run();
+    // Resume the run from its latest good checkpoint (drapex DECK --restart)
+    // instead of starting at time 0.
+    void setRestart(bool on) { restartRequested = on; }
+    // Reads the latest good checkpoint into the model set up from the deck
+    // (run calls it after the set-up when a restart is asked for).
+    void resume();
+    // Writes a checkpoint of the run as it stands between two increments
+    // (ModelCheckpoint.cpp), with the loop's print count and candidate step;
+    // returns the file written. Throws when it cannot be written.
+    std::filesystem::path writeCheckpoint(int printCount, double candidateStep);
     void initialize();
     void assembleMassMatrix();
     void setInitialConditions();
@@ -75,6 +87,14 @@ private:
     void checkNodeNumbering();
     // Decides which nodes each contact surface acts on and reports it in the log.
     void setUpContactSurfaces();
+    // The loop's checkpoint hooks (ModelCheckpoint.cpp): before the first
+    // increment (the signals, the schedule, a resumed run's counters), and
+    // after each increment, which writes the checkpoints that are due and
+    // answers true when a signal asks the run to stop.
+    void beginCheckpoints(int& printCount, double& candidateStep);
+    bool checkpointAfterIncrement(int printCount, double candidateStep);
+    // Writes or reads every piece of state, in one order.
+    void checkpointState(Archive& archive, int& printCount, double& candidateStep);
 
     std::filesystem::path inputPath;
     int id;
@@ -111,4 +131,6 @@ private:
     ParallelLoop parallel;
     std::vector<EnergyBalance::Partial> nodeRunSums;
     std::vector<std::size_t> firstDiverged;
+    bool restartRequested = false;
+    std::unique_ptr<CheckpointRun> checkpoints;
 };

@@ -1,5 +1,6 @@
 #include "Node.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 
 #include "Constraint.h"
@@ -261,4 +262,17 @@ void Node::computeNewPosition(double dt, double t) {
     externalWork += half * sumInOrder((fExt + fExt) * v);
     internalEnergy -= half * sumInOrder((fInt + fInt) * v);
     kineticEnergy = 0.5 * m * (vn[0] * vn[0] + vn[1] * vn[1] + vn[2] * vn[2]);
+}
+
+void Node::checkpoint(Archive& archive) {
+    archive.pod(pass);
+    archive.pod(state);
+    archive.pod(mass);
+    archive.pod(averageStep);
+    archive.pod(previousStep);
+    archive.pod(internalEnergy);
+    archive.pod(externalWork);
+    archive.pod(kineticEnergy);
+    archive.pod(spareEnergy1);
+    archive.pod(spareEnergy2);
 }

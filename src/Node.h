@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+class Archive;
 class Constraint;
 class Load;
 class RigidBody;
@@ -60,6 +61,8 @@ public:
     void setOwnerBlock(int block) { pass.ownerBlock = block; }
     int getOwnerBlock() const { return pass.ownerBlock; }
     void clearNodalForces();
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     // Rigid bodies (see RigidBody.h). A member is carried by its body's
     // reference node: the loop does not integrate it.

@@ -1,6 +1,7 @@
 #include "RigidBody.h"
 
 #include "BoundaryCondition.h"
+#include "Checkpoint.h"
 #include "DeckParser.h"
 #include "Load.h"
 #include "Node.h"
@@ -302,4 +303,9 @@ void RigidBody::placeMembers() {
         const double a[3] = {a0[0] + ar[0] + wwr[0], a0[1] + ar[1] + wwr[1], a0[2] + ar[2] + wwr[2]};
         members[i]->placeCarried(x, v, a, ref);
     }
+}
+
+void RigidBody::checkpoint(Archive& archive) {
+    // The orientation; the reference node carries the rest.
+    archive.pod(R);
 }

@@ -24,6 +24,7 @@
 #include <unordered_map>
 #include <vector>
 
+class Archive;
 class Node;
 
 class RigidBody {
@@ -47,6 +48,8 @@ public:
     // the node update.
     void gatherForces();
     void placeMembers();
+    // The state the loop carries from one increment to the next (Checkpoint.h).
+    void checkpoint(Archive& archive);
 
     std::string getName() const { return name; }
     void setName(const std::string& n) { name = n; }

@@ -1,5 +1,6 @@
 #include "Rod2.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 
 #include "ContactLine.h"
@@ -278,4 +279,17 @@ void Rod2::runStep(double dt, double time, bool automaticStep, double& candidate
     // The type is final: the operations are called directly, and what one
     // leaves in registers can serve the next.
     runStepAs(*this, dt, time, automaticStep, candidateStep);
+}
+
+void Rod2::checkpoint(Archive& archive) {
+    archive.pod(area);
+    archive.pod(length);
+    archive.pod(axis);
+    archive.pod(axisLength);
+    archive.pod(axialStrain);
+    archive.pod(axialStress);
+    archive.pod(axialStrainIncrement);
+    archive.pod(axialForce);
+    archive.pod(unitAxis);
+    if (contactLine) contactLine->checkpoint(archive);
 }

@@ -42,6 +42,7 @@ public:
     void computeInternalForces(double dt, int ip) override;
     void computeExternalForces(double time) override;
     void computeContactForces() override;
+    void checkpoint(Archive& archive) override;
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;
     void attachContactSearch(ContactSearch& search) override;

@@ -1,5 +1,6 @@
 #include "RunMonitor.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 #include "Element.h"
 #include "EnergyBalance.h"
@@ -8,6 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace {
@@ -167,5 +170,26 @@ void RunMonitor::writePrint(const EnergyBalance& energy, double time, double ste
     std::fprintf(csv, "%.17g,%ld,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g,%.17g\n", time,
                  energy.increments(), step, e.kinetic, e.internal, e.external, e.prescribed, e.contact,
                  e.damping, e.initialKinetic, energy.error(), energy.errorPercent(), e.freeKinetic);
+    std::fflush(csv);
+}
+
+void RunMonitor::checkpoint(Archive& archive) {
+    archive.pod(errorWarned);
+    archive.pod(ratioWarned);
+    archive.pod(stepWarned);
+    archive.pod(checksOverBound);
+    archive.pod(kineticSince);
+    std::string rows;
+    if (archive.saving() && csv) {
+        std::fflush(csv);
+        std::ifstream in(csvPath, std::ios::binary);
+        rows.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    archive.text(rows);
+    if (archive.saving() || !csv) return;
+    std::fclose(csv);
+    csv = std::fopen(csvPath.string().c_str(), "w");
+    if (!csv) return;
+    std::fwrite(rows.data(), 1, rows.size(), csv);
     std::fflush(csv);
 }

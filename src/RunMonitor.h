@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+class Archive;
 class EnergyBalance;
 class Logger;
 class Node;
@@ -73,6 +74,9 @@ public:
     void afterIncrement(const EnergyBalance& energy, double time, double step, bool print,
                         const std::vector<std::shared_ptr<Node>>& nodes,
                         const std::vector<std::shared_ptr<Element>>& elements);
+    // The warnings given, the blow-up count and the rows of the energy
+    // history (Checkpoint.h): reading replaces the history file with them.
+    void checkpoint(Archive& archive);
     // The lines of a print in the log and the row of the energy history.
     void writePrint(const EnergyBalance& energy, double time, double step);
 

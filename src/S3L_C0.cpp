@@ -1,5 +1,6 @@
 #include "S3L_C0.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 #include "Load.h"
 #include "Material.h"
@@ -420,4 +421,27 @@ void S3L_C0::runStep(double dt, double time, bool automaticStep, double& candida
     // The type is final: the operations are called directly, and what one
     // leaves in registers can serve the next.
     runStepAs(*this, dt, time, automaticStep, candidateStep);
+}
+
+void S3L_C0::checkpoint(Archive& archive) {
+    archive.pod(area);
+    archive.pod(thickness);
+    archive.pod(ratesCurrent);
+    archive.pod(geometry);
+    archive.pod(localX2);
+    archive.pod(localX3);
+    archive.pod(localY3);
+    archive.pod(membraneMatrix);
+    archive.pod(bendingMatrix);
+    archive.pod(shearMatrix);
+    archive.pod(membraneStrainRate);
+    archive.pod(curvatureRate);
+    archive.pod(shearStrainRate);
+    archive.pod(localVelocity);
+    archive.pod(localRotationRate);
+    archive.pod(deformationRotationRate);
+    // Every point, whatever the count: the stresses and accumulated strains
+    // are the shell's history.
+    archive.pod(points);
+    contact.checkpoint(archive);
 }

@@ -72,6 +72,7 @@ public:
     void computeInternalForces(double dt, int ip) override;
     void computeExternalForces(double time) override;
     void computeContactForces() override;
+    void checkpoint(Archive& archive) override;
     // Strain and stress components at the first integration point.
     std::string printVTK(int what, int component) override;
     void prefetchForStep() const override;

@@ -1,9 +1,12 @@
 #include "Tracker.h"
 
+#include "Checkpoint.h"
+
 #include <climits>
 #include <cmath>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
@@ -49,4 +52,18 @@ int Tracker::entityNumber(const Token& t) {
 
 void Tracker::formatTime(double time, char (&buffer)[64]) {
     std::snprintf(buffer, sizeof buffer, "%f", time);
+}
+
+void Tracker::checkpoint(Archive& archive) {
+    std::string rows;
+    if (archive.saving() && file.is_open()) {
+        file.flush();
+        std::ifstream in(csvFile, std::ios::binary);
+        rows.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    archive.text(rows);
+    if (archive.saving() || !file.is_open()) return;
+    initializeTracker();
+    file << rows;
+    file.flush();
 }

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+class Archive;
 class Node;
 class Element;
 
@@ -24,6 +25,10 @@ public:
     // Opens the tracker's file for writing, replacing any earlier content.
     virtual void initializeTracker();
     virtual void printCSV(double time) = 0;
+    // The rows written so far (Checkpoint.h): read from the file when
+    // saving; when reading, they replace the file, and the next row follows
+    // them, so a run killed after the checkpoint repeats no row.
+    void checkpoint(Archive& archive);
 
     // Names the tracker and points its file at <deck directory>/<name>.csv.
     void setName(const std::string& n);

@@ -1,9 +1,11 @@
 #include "VtkWriter.h"
 
+#include "Checkpoint.h"
 #include "Element.h"
 #include "Node.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <stdexcept>
 #include <system_error>
@@ -193,4 +195,20 @@ void VtkWriter::writeSeries() const {
     if (failed)
         throw std::runtime_error("Series file " + target.string() +
                                  " cannot be written: " + failed.message());
+}
+
+void VtkWriter::checkpoint(Archive& archive) {
+    archive.pod(printNumber);
+    archive.pod(numberOfPoints);
+    archive.pod(numberOfCells);
+    archive.pod(cellListSize);
+    std::uint64_t count = series.size();
+    archive.pod(count);
+    if (!archive.saving()) series.assign(static_cast<std::size_t>(count), SeriesEntry{});
+    for (SeriesEntry& e : series) {
+        archive.text(e.name);
+        archive.pod(e.time);
+    }
+    // The set-up removed the list; the files it names are still there.
+    if (!archive.saving() && !series.empty()) writeSeries();
 }

@@ -15,6 +15,9 @@ public:
     void init(const std::filesystem::path& deckPath) override;
     void initializeWriter(std::vector<std::shared_ptr<Node>>& nodes,
                           std::vector<std::shared_ptr<Element>>& elements) override;
+    // The print number, the list of the series file (rewritten when read)
+    // and the sizes taken at the first print.
+    void checkpoint(Archive& archive) override;
     void writeResults(std::vector<std::shared_ptr<Node>>& nodes,
                       std::vector<std::shared_ptr<Element>>& elements) override;
     // Path of the file that the next writeResults call writes.

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+class Archive;
 class Node;
 class Element;
 
@@ -20,6 +21,9 @@ public:
                                   std::vector<std::shared_ptr<Element>>& elements) = 0;
     virtual void writeResults(std::vector<std::shared_ptr<Node>>& nodes,
                               std::vector<std::shared_ptr<Element>>& elements) = 0;
+
+    // Where the writer stands in its numbering (Checkpoint.h); nothing by default.
+    virtual void checkpoint(Archive& /*archive*/) {}
 
     std::string getType() const { return type; }
     // The model time that writeResults reports for the state it writes,

@@ -112,8 +112,9 @@ TEST(ResultFields, HelpAndVersionPrintAndRunNothingWhileOtherArgumentsStayDeckNa
     const RunResult help = runCommand(cd + "--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.err, "");
-    EXPECT_EQ(help.out.rfind("Usage: drapex DECK.txt\n", 0), 0u) << help.out;
-    for (const char* mention : {"Results_job/job_N.vtk", "job.vtk.series", "docs/outputs.md", "--version"})
+    EXPECT_EQ(help.out.rfind("Usage: drapex DECK.txt [--restart]\n", 0), 0u) << help.out;
+    for (const char* mention :
+         {"Results_job/job_N.vtk", "job.vtk.series", "docs/outputs.md", "--version", "--restart"})
         EXPECT_TRUE(contains(help.out, mention)) << mention;
 
     const RunResult version = runCommand(cd + "--version");

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-required=(g++ cmake make libtnt-dev libjama-dev libgtest-dev libbenchmark-dev)
+required=(g++ cmake make libtnt-dev libjama-dev libgtest-dev libbenchmark-dev zlib1g-dev)
 # Independent readers and plotting used by a few tests and tools, and METIS's
 # partitioning programs for bench/partition_halo.py; the tests that need them
 # skip with a message where they cannot be installed.
