@@ -1,15 +1,20 @@
-// Forces that an element adds to a node its thread does not own, kept in the
-// order they are made and added later, in that order.
+// Forces that an element adds to a node its thread may not add to at once,
+// kept in the order they are made and added later, in a fixed order.
 //
-// The element pass runs blocks of consecutive elements on all threads. A node
-// belongs to the first block (in element order) whose elements use it: that
-// block's thread adds to it directly, and no other thread writes it during
-// the pass. Any other block (a neighbour sharing the node, or a contact
-// element pushing a node it found) logs the contribution instead; after the
-// pass the logs are added block by block. Since blocks are consecutive runs
-// of elements, every node then receives its contributions in element order,
-// the order of a one-thread pass, whatever the number of threads: results
-// are the same bit for bit.
+// The element pass runs blocks of consecutive elements. A node belongs to the
+// first block (in element order) whose elements use it: that block adds to it
+// directly. A later block's force on it (a neighbour sharing it, or a contact
+// element pushing it) comes after the owner's in element order; an earlier
+// block's (only a contact element pushing a node it found) comes before it.
+// After the pass the logs are added in two rounds, each block by block: first
+// the forces of blocks after a node's owner, then those of blocks before it.
+// Every node so receives its forces in one fixed order: its owner's, the
+// later blocks' in element order, the earlier blocks' in element order.
+//
+// On several threads every force on a node of another block is logged (that
+// block may be running at the same time). On one thread the blocks run in
+// order, so a later block's force can be added at once and only an earlier
+// block's is logged: the order, and so every sum, is the same bit for bit.
 #pragma once
 
 #include <cstddef>
@@ -28,16 +33,22 @@ public:
     // block it works on; no log outside the pass (every force is added at once).
     static inline thread_local ForceLog* active = nullptr;
     static inline thread_local int activeBlock = -1;
+    // Whether other threads run other blocks at the same time.
+    static inline thread_local bool shared = false;
+
+    // Whether a force of the active block on a node that `owner` owns goes to
+    // the log (see above).
+    static bool logs(int owner) { return owner > activeBlock || (owner < activeBlock && shared); }
 
     // Room for `entries` contributions, so that a pass allocates nothing once
     // the logs have grown to what the model needs.
     void reserve(std::size_t entries) { items.reserve(entries); }
-    void add(Node* node, Family family, int first, double a, double b, double c) {
-        items.push_back(Entry{node, family, first, {a, b, c}});
+    void add(Node* node, int owner, Family family, int first, double a, double b, double c) {
+        items.push_back(Entry{node, owner, family, first, {a, b, c}});
     }
-    // Adds every logged contribution to its node, in the order logged, and
-    // empties the log (keeping its room).
-    void replay();
+    // Adds the logged contributions of the logs of blocks 0, 1, ... to their
+    // nodes in the two rounds above, and empties the logs (keeping their room).
+    static void replay(std::vector<ForceLog>& logs);
     void clear() { items.clear(); }
     std::size_t size() const { return items.size(); }
     std::size_t capacity() const { return items.capacity(); }
@@ -45,6 +56,7 @@ public:
 private:
     struct Entry {
         Node* node;
+        int owner;
         Family family;
         int first;
         double v[3];

@@ -203,12 +203,13 @@ private:
     static Matrix3 matrix(const double (&J)[9]) {
         return {{{J[0], J[1], J[2]}, {J[3], J[4], J[5]}, {J[6], J[7], J[8]}}};
     }
-    // During a parallel element pass a thread adds only to the nodes of its
-    // own block and logs the rest (ForceLog.h); otherwise it adds at once.
+    // During the element pass of a large model a force goes to the log when
+    // the order of the sums asks for it (ForceLog.h); otherwise it is added
+    // at once.
     void accumulate(ForceLog::Family family, int first, double a, double b, double c) {
         ForceLog* log = ForceLog::active;
-        if (log && pass.ownerBlock != ForceLog::activeBlock) {
-            log->add(this, family, first, a, b, c);
+        if (log && ForceLog::logs(pass.ownerBlock)) {
+            log->add(this, pass.ownerBlock, family, first, a, b, c);
             return;
         }
         add(family, first, a, b, c);
