@@ -180,8 +180,10 @@ void HyperTextile::computeStress2D(const double (&F)[2][2], double (&strain)[6],
     const double tensionB =
         seriesDerivative(termsInline ? weftInline : kElongWeft.data(), kElongWeft.size(), 0.5 * ln4b);
     // A compressed yarn carries the compression factor times its tensile law.
-    const double tA = ln4a < 0.0 ? compression * tensionA : tensionA;
-    const double tB = ln4b < 0.0 ? compression * tensionB : tensionB;
+    // Written as a factor that is 1 in tension, so that no branch waits on
+    // the sign of the strain (c times the tension is the same number).
+    const double tA = tensionA * (ln4a < 0.0 ? compression : 1.0);
+    const double tB = tensionB * (ln4b < 0.0 ? compression : 1.0);
     const double tS = seriesDerivative(termsInline ? shearInline : kShear.data(), kShear.size(), cosTheta);
 
     // S = tA/I4a a(x)a + tB/I4b b(x)b
