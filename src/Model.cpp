@@ -305,7 +305,7 @@ void Model::setInitialConditions() {
         // Trackers and contact surfaces have found their elements by number:
         // the run needs the map no more.
         std::unordered_map<int, std::shared_ptr<Element>>().swap(elementMap);
-        parallel.setUp(elements, nodes);
+        parallel.setUp(elements, nodes, contactSearch->isUsed());
         nodeRunSums.assign(parallel.numberOfRuns(), EnergyBalance::Partial{});
         firstDiverged.assign(parallel.numberOfRuns(), 0);
         writer->initializeWriter(nodes, elements);

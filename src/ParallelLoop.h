@@ -40,9 +40,10 @@ public:
 
     // Blocks over the elements and runs over the nodes (in update order);
     // marks each node with the block that owns it. A model of one block runs
-    // its element pass as a plain loop.
+    // its element pass as a plain loop. `contact`: some element may push a
+    // node of another block (a contact element).
     void setUp(const std::vector<std::shared_ptr<Element>>& elements,
-               const std::vector<std::shared_ptr<Node>>& nodes);
+               const std::vector<std::shared_ptr<Node>>& nodes, bool contact);
 
     // Every element's share of the increment (Element::runStep), the nodal
     // forces added in element order; lowers candidateStep to the smallest
@@ -70,7 +71,7 @@ private:
     void rethrowFirst(std::size_t count);
 
     std::size_t blocks = 0, runs = 0, blockSize = 1, runSize = 1;
-    bool parallelElements = false, parallelNodes = false;
+    bool parallelElements = false, parallelNodes = false, contactPushes = false;
     std::vector<ForceLog> logs;
     std::vector<double> blockStep;
     std::vector<std::exception_ptr> failures;
