@@ -37,26 +37,26 @@ void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t
 }
 
 void HyperTextile::parseOstrel(std::vector<Token> tokens) {
-    plateSpeedReady = false;
+    law->plateSpeedReady = false;
     std::size_t i = 0;
     while (i < tokens.size()) {
         if (readDensityOrDamping(tokens, i)) continue;
         const std::string key = tokens[i].getWord();
         if (key == "KSHEAR") {
-            i = readNumberRun(tokens, i, kShear);
+            i = readNumberRun(tokens, i, law->kShear);
         } else if (key == "KELONGWARP") {
-            i = readNumberRun(tokens, i, kElongWarp);
+            i = readNumberRun(tokens, i, law->kElongWarp);
         } else if (key == "KELONGWEFT") {
-            i = readNumberRun(tokens, i, kElongWeft);
+            i = readNumberRun(tokens, i, law->kElongWeft);
         } else if (key == "COMPRESSION") {
             i = readCompression(tokens, i);
         } else if (key == "BENDING") {
             i = readBending(tokens, i);
         } else if (key == "WARPORI") {
-            readOrientation(tokens, i, warpOrientation);
+            readOrientation(tokens, i, law->warpOrientation);
             i += 4;
         } else if (key == "WEFTORI") {
-            readOrientation(tokens, i, weftOrientation);
+            readOrientation(tokens, i, law->weftOrientation);
             i += 4;
         } else {
             throw std::invalid_argument("Input " + key + " is not recognized");
@@ -72,7 +72,7 @@ std::size_t HyperTextile::readCompression(const std::vector<Token>& tokens, std:
     if (!(c >= 0.0 && c <= 1.0))
         throw std::invalid_argument(what + " must lie between 0 and 1, not " +
                                     DeckParser::text(tokens[i + 1]));
-    compression = c;
+    law->compression = c;
     return i + 2;
 }
 
@@ -86,14 +86,14 @@ std::size_t HyperTextile::readBending(const std::vector<Token>& tokens, std::siz
         if (!(d > 0.0))
             throw std::invalid_argument(what + " must be positive, not " +
                                         DeckParser::text(tokens[i + 1 + count]));
-        bending[count++] = d;
+        law->bending[count++] = d;
     }
     if (count < 2) throw std::invalid_argument(what + " needs two numbers, Dwarp and Dweft");
     // Huber's torsional rigidity of an orthotropic plate without Poisson
     // coupling: half the geometric mean. Without any, a twisted sheet would
     // be a mechanism.
-    if (count == 2) bending[2] = 0.5 * std::sqrt(bending[0] * bending[1]);
-    bendingSet = true;
+    if (count == 2) law->bending[2] = 0.5 * std::sqrt(law->bending[0] * law->bending[1]);
+    law->bendingSet = true;
     return i + 1 + count;
 }
 
@@ -109,24 +109,24 @@ void HyperTextile::project(const double (&basis)[3][3], const double (&direction
 void HyperTextile::setInitialConditions(const double (&basis)[3][3]) {
     if (!nameSet) throw std::invalid_argument("Name is not set for this material ");
     if (!densitySet) throw std::invalid_argument("Density is not set for material: " + name);
-    if (kShear.empty() || kElongWarp.empty())
+    if (law->kShear.empty() || law->kElongWarp.empty())
         throw std::invalid_argument("Not enough material parameters for material " + name);
 
     // A direction along the normal projects to zero length and leaves NaN
     // components, which do not compare equal to zero: such a direction passes.
-    project(basis, warpOrientation, a0, a1);
+    project(basis, law->warpOrientation, a0, a1);
     if (a0 == 0.0 && a1 == 0.0)
         throw std::invalid_argument("Warp direction is perpendicular to the element for material " + name);
-    project(basis, weftOrientation, b0, b1);
+    project(basis, law->weftOrientation, b0, b1);
     if (b0 == 0.0 && b1 == 0.0)
         throw std::invalid_argument("Weft direction is perpendicular to the element for material " + name);
 
-    termsInline =
-        kElongWarp.size() <= inlineTerms && kElongWeft.size() <= inlineTerms && kShear.size() <= inlineTerms;
-    if (termsInline) {
-        std::copy(kElongWarp.begin(), kElongWarp.end(), warpInline);
-        std::copy(kElongWeft.begin(), kElongWeft.end(), weftInline);
-        std::copy(kShear.begin(), kShear.end(), shearInline);
+    law->termsInline = law->kElongWarp.size() <= inlineTerms && law->kElongWeft.size() <= inlineTerms &&
+                       law->kShear.size() <= inlineTerms;
+    if (law->termsInline) {
+        std::copy(law->kElongWarp.begin(), law->kElongWarp.end(), law->warpInline);
+        std::copy(law->kElongWeft.begin(), law->kElongWeft.end(), law->weftInline);
+        std::copy(law->kShear.begin(), law->kShear.end(), law->shearInline);
     }
     const double a[2] = {a0, a1}, b[2] = {b0, b1};
     for (int i = 0; i < 2; ++i)
@@ -138,10 +138,10 @@ void HyperTextile::setInitialConditions(const double (&basis)[3][3]) {
         }
     // Without weft coefficients the speed is not defined: it is left to the
     // step estimate to report that, should one be made.
-    plateSpeedReady = false;
-    if (!kElongWeft.empty()) {
-        plateSpeed = wavespeed2D();
-        plateSpeedReady = true;
+    law->plateSpeedReady = false;
+    if (!law->kElongWeft.empty()) {
+        law->plateSpeed = wavespeed2D();
+        law->plateSpeedReady = true;
     }
 }
 
@@ -151,10 +151,10 @@ double HyperTextile::wavespeed1D() {
 
 // Only the leading tension coefficients size the step.
 double HyperTextile::wavespeed2D() {
-    if (plateSpeedReady) return plateSpeed;
-    if (termsInline && !kElongWarp.empty() && !kElongWeft.empty())
-        return std::sqrt(std::max(warpInline[0], weftInline[0]) / density);
-    return std::sqrt(std::max(kElongWarp.at(0), kElongWeft.at(0)) / density);
+    if (law->plateSpeedReady) return law->plateSpeed;
+    if (law->termsInline && !law->kElongWarp.empty() && !law->kElongWeft.empty())
+        return std::sqrt(std::max(law->warpInline[0], law->weftInline[0]) / density);
+    return std::sqrt(std::max(law->kElongWarp.at(0), law->kElongWeft.at(0)) / density);
 }
 
 void HyperTextile::computeStress1D(double&, double&, double&) {}
@@ -175,16 +175,17 @@ void HyperTextile::computeStress2D(const double (&F)[2][2], double (&strain)[6],
     const double rootAB = std::sqrt(i4a * i4b);
     const double cosTheta = i8 / rootAB;
 
-    const double tensionA =
-        seriesDerivative(termsInline ? warpInline : kElongWarp.data(), kElongWarp.size(), 0.5 * ln4a);
-    const double tensionB =
-        seriesDerivative(termsInline ? weftInline : kElongWeft.data(), kElongWeft.size(), 0.5 * ln4b);
+    const double tensionA = seriesDerivative(law->termsInline ? law->warpInline : law->kElongWarp.data(),
+                                             law->kElongWarp.size(), 0.5 * ln4a);
+    const double tensionB = seriesDerivative(law->termsInline ? law->weftInline : law->kElongWeft.data(),
+                                             law->kElongWeft.size(), 0.5 * ln4b);
     // A compressed yarn carries the compression factor times its tensile law.
     // Written as a factor that is 1 in tension, so that no branch waits on
     // the sign of the strain (c times the tension is the same number).
-    const double tA = tensionA * (ln4a < 0.0 ? compression : 1.0);
-    const double tB = tensionB * (ln4b < 0.0 ? compression : 1.0);
-    const double tS = seriesDerivative(termsInline ? shearInline : kShear.data(), kShear.size(), cosTheta);
+    const double tA = tensionA * (ln4a < 0.0 ? law->compression : 1.0);
+    const double tB = tensionB * (ln4b < 0.0 ? law->compression : 1.0);
+    const double tS = seriesDerivative(law->termsInline ? law->shearInline : law->kShear.data(),
+                                       law->kShear.size(), cosTheta);
 
     // S = tA/I4a a(x)a + tB/I4b b(x)b
     //   + tS [(a(x)b + b(x)a)/sqrt(I4a I4b) - cos/I4a a(x)a - cos/I4b b(x)b]

@@ -13,7 +13,8 @@
 // The second Piola-Kirchhoff stress S = 2 dW/dC is pushed forward to the
 // Cauchy stress sigma = F S F^T / det F. The yarn directions are projected
 // once onto the element plane (setInitialConditions) and then follow the
-// material through F; each element therefore owns its own copy of the law.
+// material through F; each element therefore owns its own copy of the law,
+// whose coefficients all the copies share.
 //
 // BENDING Dwarp Dweft [Dtwist] gives the fabric's bending stiffnesses per unit
 // width (moment per unit width over curvature), which the fabric shell uses
@@ -22,6 +23,7 @@
 
 #include "Material.h"
 
+#include <memory>
 #include <vector>
 
 class HyperTextile : public Material {
@@ -44,19 +46,19 @@ public:
     // a and b as projected by setInitialConditions.
     bool initialYarnDirections(double (&warp)[2], double (&weft)[2]) const override;
 
-    const std::vector<double>& getKElongWarp() const { return kElongWarp; }
-    const std::vector<double>& getKElongWeft() const { return kElongWeft; }
-    const std::vector<double>& getKShear() const { return kShear; }
-    const double (&getWarpOrientation() const)[3] { return warpOrientation; }
-    const double (&getWeftOrientation() const)[3] { return weftOrientation; }
+    const std::vector<double>& getKElongWarp() const { return law->kElongWarp; }
+    const std::vector<double>& getKElongWeft() const { return law->kElongWeft; }
+    const std::vector<double>& getKShear() const { return law->kShear; }
+    const double (&getWarpOrientation() const)[3] { return law->warpOrientation; }
+    const double (&getWeftOrientation() const)[3] { return law->weftOrientation; }
     const double (&getWarpTensor() const)[2][2] { return warpTensor; }
     const double (&getWeftTensor() const)[2][2] { return weftTensor; }
     const double (&getWarpWeftTensor() const)[2][2] { return warpWeftTensor; }
     const double (&getWeftWarpTensor() const)[2][2] { return weftWarpTensor; }
-    double getCompressionFactor() const { return compression; }
-    bool hasBending() const { return bendingSet; }
+    double getCompressionFactor() const { return law->compression; }
+    bool hasBending() const { return law->bendingSet; }
     // Dwarp, Dweft and Dtwist as read (Dtwist 1/2 sqrt(Dwarp Dweft) unless given).
-    const double (&getBending() const)[3] { return bending; }
+    const double (&getBending() const)[3] { return law->bending; }
 
 private:
     // Reads the three components that follow the keyword at position i.
@@ -68,34 +70,39 @@ private:
     // Unit projection of a global direction onto the element plane.
     static void project(const double (&basis)[3][3], const double (&direction)[3], double& p0, double& p1);
 
-    std::vector<double> kElongWarp;
-    std::vector<double> kElongWeft;
-    std::vector<double> kShear;
     // What the stress update reads comes first, next to the base's density.
     // In-plane yarn directions a and b, the same numbers as in the tensors,
     // kept as plain values for the stress update.
     double a0 = 0.0, a1 = 0.0, b0 = 0.0, b1 = 0.0;
-    // The factor on a yarn's tension while its strain is negative.
-    double compression = 1.0;
-    // Copies of the coefficient lists inside the object, made by
-    // setInitialConditions when all three fit, so that the stress update
-    // reads no other memory block.
     static constexpr std::size_t inlineTerms = 4;
-    double warpInline[inlineTerms] = {};
-    double weftInline[inlineTerms] = {};
-    double shearInline[inlineTerms] = {};
-    bool termsInline = false;
-    // The plate wave speed, worked out once the coefficients are checked.
-    bool plateSpeedReady = false;
-    double plateSpeed = 0.0;
-    // Warp and weft directions as read, and the yarn tensors a(x)a, b(x)b,
-    // a(x)b, b(x)a of the element plane.
-    double warpOrientation[3] = {};
-    double weftOrientation[3] = {};
+    // What the deck gives the law, and what follows from it alone: one for
+    // all the elements that copy the law, which only keep their own yarn
+    // directions (and so stream less per step).
+    struct Law {
+        std::vector<double> kElongWarp;
+        std::vector<double> kElongWeft;
+        std::vector<double> kShear;
+        // The factor on a yarn's tension while its strain is negative.
+        double compression = 1.0;
+        // Copies of the coefficient lists, made when all three fit, so that
+        // the stress update reads no other memory block.
+        double warpInline[inlineTerms] = {};
+        double weftInline[inlineTerms] = {};
+        double shearInline[inlineTerms] = {};
+        bool termsInline = false;
+        // The plate wave speed, worked out once the coefficients are checked.
+        bool plateSpeedReady = false;
+        double plateSpeed = 0.0;
+        // Warp and weft directions as read.
+        double warpOrientation[3] = {};
+        double weftOrientation[3] = {};
+        double bending[3] = {};
+        bool bendingSet = false;
+    };
+    std::shared_ptr<Law> law = std::make_shared<Law>();
+    // The yarn tensors a(x)a, b(x)b, a(x)b, b(x)a of the element plane.
     double warpTensor[2][2] = {};
     double weftTensor[2][2] = {};
     double warpWeftTensor[2][2] = {};
     double weftWarpTensor[2][2] = {};
-    double bending[3] = {};
-    bool bendingSet = false;
 };
