@@ -37,6 +37,9 @@ void HyperTextile::readOrientation(const std::vector<Token>& tokens, std::size_t
 }
 
 void HyperTextile::parseOstrel(std::vector<Token> tokens) {
+    // A copy that reads keywords of its own stops sharing the coefficients:
+    // the law it was copied from keeps its own.
+    if (law.use_count() > 1) law = std::make_shared<Law>(*law);
     law->plateSpeedReady = false;
     std::size_t i = 0;
     while (i < tokens.size()) {
