@@ -26,6 +26,8 @@ public:
     void computeInternalForces(double, int) override {}
     void computeExternalForces(double) override {}
     void computeContactForces() override {}
+    // A facet only hands its face to its surface: it keeps no history.
+    void checkpoint(Archive&) override {}
     void runStep(double, double, bool, double&) override {}
     std::string printVTK(int what, int component) override;
     std::string getSurfaceName() const override { return surface; }

@@ -69,8 +69,10 @@ public:
     // element order, before the initial conditions.
     virtual void attachContactSearch(ContactSearch& /*search*/) {}
     // Writes or reads what the element carries from one increment to the
-    // next (Checkpoint.h); nothing for an element that keeps no history.
-    virtual void checkpoint(Archive& /*archive*/) {}
+    // next (Checkpoint.h). Every element kind says what that is (nothing for
+    // one that keeps no history), so that a new kind cannot resume from a
+    // checkpoint without its state.
+    virtual void checkpoint(Archive& archive) = 0;
     // The contact surface whose facet this element's face is (SURFACE on its
     // line), or nothing.
     virtual std::string getSurfaceName() const { return {}; }

@@ -1,5 +1,6 @@
 #include "Fabric3.h"
 
+#include "Checkpoint.h"
 #include "DeckParser.h"
 #include "HyperTextile.h"
 #include "Load.h"
@@ -317,24 +318,8 @@ std::string Fabric3::printVTK(int what, int component) {
 
 void Fabric3::yarnDirections(double (&warp)[3], double (&weft)[3]) const {
     Element::yarnDirections(warp, weft);
-    const double(&F)[2][2] = deformationGradient;
-    const double(&e)[3][3] = geometry.basis();
-    auto push = [&](const double(&d)[2], double(&out)[3]) {
-        const double p0 = F[0][0] * d[0] + F[0][1] * d[1];
-        const double p1 = F[1][0] * d[0] + F[1][1] * d[1];
-        double v[3], length2 = 0.0;
-        for (int k = 0; k < 3; ++k) {
-            v[k] = p0 * e[0][k] + p1 * e[1][k];
-            length2 += v[k] * v[k];
-        }
-        const double length = std::sqrt(length2);
-        // Before the first strain update F is zero: the direction stays zero.
-        if (!(length > 0.0) || !std::isfinite(length)) return;
-        for (int k = 0; k < 3; ++k)
-            out[k] = v[k] / length;
-    };
-    push(warp0, warp);
-    push(weft0, weft);
+    geometry.currentDirection(deformationGradient, warp0, warp);
+    geometry.currentDirection(deformationGradient, weft0, weft);
 }
 
 void Fabric3::prefetchForStep() const {
@@ -345,4 +330,21 @@ void Fabric3::prefetchForStep() const {
 
 void Fabric3::runStep(double dt, double time, bool automaticStep, double& candidateStep) {
     runStepAs(*this, dt, time, automaticStep, candidateStep);
+}
+
+void Fabric3::checkpoint(Archive& archive) {
+    // The frame, the deformation and the curvature and transverse shear
+    // accumulated in the element's frame are its history; the stiffnesses,
+    // the shear penalty and the initial yarn directions follow from the deck.
+    archive.pod(geometry);
+    archive.pod(deformationGradient);
+    archive.pod(strain);
+    archive.pod(stress);
+    archive.pod(bendingMatrix);
+    archive.pod(shearMatrix);
+    archive.pod(curvature);
+    archive.pod(transverseShear);
+    archive.pod(moment);
+    archive.pod(shearForce);
+    contact.checkpoint(archive);
 }

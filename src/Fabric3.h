@@ -72,6 +72,7 @@ public:
     std::string getSurfaceName() const override { return contact.getSurfaceName(); }
     void yarnDirections(double (&warp)[3], double (&weft)[3]) const override;
     void runStep(double dt, double time, bool automaticStep, double& candidateStep) override;
+    void checkpoint(Archive& archive) override;
 
     double getArea() const { return geometry.area(); }
     double getThickness() const { return thickness; }

@@ -196,3 +196,19 @@ TEST(Checkpoint, ARunStoppedOnTwoThreadsResumesOnThreeToTheFilesOfOne) {
     EXPECT_EQ(run(dir, "sheet.txt", true, -1, 0, 3).err, "");
     expectSameFiles(dir, expected);
 }
+
+TEST(Checkpoint, AFabricShellResumesWithTheCurvatureItHadBent) {
+    // The strip bends under its weight; a resume without the curvature and
+    // transverse shear the shells accumulated would release the bending.
+    auto copyDeck = [](const std::string& name) {
+        const fs::path dir = scratchDir(name);
+        fs::copy_file(fs::path(DRAPEX_TEST_DIR) / "decks/restart/fabric.txt", dir / "fabric.txt");
+        return dir;
+    };
+    const fs::path whole = copyDeck("restart_fabric_whole");
+    EXPECT_EQ(run(whole, "fabric.txt", false).status, 0);
+    const fs::path dir = copyDeck("restart_fabric");
+    EXPECT_EQ(run(dir, "fabric.txt", false, 300, SIGTERM).status, 0);
+    EXPECT_EQ(run(dir, "fabric.txt", true).err, "");
+    expectSameFiles(dir, outputs(whole));
+}
