@@ -251,26 +251,8 @@ void Membrane3::yarnDirections(double (&warp)[3], double (&weft)[3]) const {
     Element::yarnDirections(warp, weft);
     double a[2], b[2];
     if (!material || !material->initialYarnDirections(a, b)) return;
-    // F maps the initial frame of the triangle onto its current frame (rows
-    // e1, e2 of the basis), in which F a has the components (Fa)_1, (Fa)_2.
-    const double(&F)[2][2] = deformationGradient;
-    const double(&e)[3][3] = geometry.basis();
-    auto push = [&](const double(&d)[2], double(&out)[3]) {
-        const double p0 = F[0][0] * d[0] + F[0][1] * d[1];
-        const double p1 = F[1][0] * d[0] + F[1][1] * d[1];
-        double v[3], length2 = 0.0;
-        for (int k = 0; k < 3; ++k) {
-            v[k] = p0 * e[0][k] + p1 * e[1][k];
-            length2 += v[k] * v[k];
-        }
-        const double length = std::sqrt(length2);
-        // Before the first strain update F is zero: the direction stays zero.
-        if (!(length > 0.0) || !std::isfinite(length)) return;
-        for (int k = 0; k < 3; ++k)
-            out[k] = v[k] / length;
-    };
-    push(a, warp);
-    push(b, weft);
+    geometry.currentDirection(deformationGradient, a, warp);
+    geometry.currentDirection(deformationGradient, b, weft);
 }
 
 void Membrane3::prefetchForStep() const {

@@ -49,3 +49,18 @@ double TriangleGeometry::stableStep(const Node& n1, const Node& n2, const Node& 
     if (l31 > longest) longest = l31;
     return 0.1 * (2.0 * area / std::sqrt(longest)) / waveSpeed;
 }
+
+void TriangleGeometry::currentDirection(const double (&F)[2][2], const double (&d)[2],
+                                        double (&out)[3]) const {
+    const double p0 = F[0][0] * d[0] + F[0][1] * d[1];
+    const double p1 = F[1][0] * d[0] + F[1][1] * d[1];
+    double v[3], length2 = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        v[k] = p0 * frame[0][k] + p1 * frame[1][k];
+        length2 += v[k] * v[k];
+    }
+    const double length = std::sqrt(length2);
+    if (!(length > 0.0) || !std::isfinite(length)) return;
+    for (int k = 0; k < 3; ++k)
+        out[k] = v[k] / length;
+}

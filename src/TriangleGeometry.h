@@ -52,6 +52,11 @@ public:
     // 0.1 (2A / L_max) / c, with L_max the longest edge of n1 n2 n3 now. Not
     // a number when c and the altitude are zero.
     static double stableStep(const Node& n1, const Node& n2, const Node& n3, double area, double waveSpeed);
+    // The unit vector along F d in global axes, d a direction of the initial
+    // frame (components along e1, e2) and F the deformation gradient into the
+    // current frame (rows e1, e2 of the basis). Leaves out alone while F d is
+    // zero or not finite (before the first strain update F is zero).
+    void currentDirection(const double (&F)[2][2], const double (&d)[2], double (&out)[3]) const;
 
 private:
     double frame[3][3] = {};
