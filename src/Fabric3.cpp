@@ -254,14 +254,7 @@ void Fabric3::assembleMassMatrix() {
 double Fabric3::addLumpedMass(double factor) {
     const double area = geometry.area();
     const double m = factor * (material->getDensity() * area);
-    const double I = TriangleGeometry::nodalInertia(m, thickness, area);
-    TNT::Array2D<double> inertia(3, 3, 0.0);
-    for (int r = 0; r < 3; ++r)
-        inertia[r][r] = I;
-    for (int a = 0; a < 3; ++a) {
-        node(a).addMass(m / 3.0);
-        node(a).addInertia(inertia);
-    }
+    TriangleGeometry::lumpMass(node(0), node(1), node(2), m, thickness, area);
     return m;
 }
 

@@ -185,18 +185,9 @@ void Membrane3::assembleMassMatrix() {
     if (m <= 0.0)
         throw std::invalid_argument("Error in Membrane element " + std::to_string(number) +
                                     ". Element mass is zero or negative");
-    const double alpha = material->getAlpha();
-    const double share = m / 3.0;
-    const double I = TriangleGeometry::nodalInertia(m, thickness, area);
-    TNT::Array2D<double> inertia(3, 3, 0.0);
-    for (int r = 0; r < 3; ++r)
-        inertia[r][r] = I;
-    for (int a = 0; a < 3; ++a) {
-        Node& n = *nodes[a];
-        n.addMass(share);
-        n.setRayleighDamping(alpha);
-        n.addInertia(inertia);
-    }
+    TriangleGeometry::lumpMass(*nodes[0], *nodes[1], *nodes[2], m, thickness, area);
+    for (int a = 0; a < 3; ++a)
+        nodes[a]->setRayleighDamping(material->getAlpha());
     contact.assembleMassMatrix();
 }
 
@@ -204,14 +195,7 @@ double Membrane3::addLumpedMass(double factor) {
     // The lumping of assembleMassMatrix, for factor times the initial mass.
     const double area = geometry.area();
     const double m = factor * (material->getDensity() * area);
-    const double I = TriangleGeometry::nodalInertia(m, initialThickness, area);
-    TNT::Array2D<double> inertia(3, 3, 0.0);
-    for (int r = 0; r < 3; ++r)
-        inertia[r][r] = I;
-    for (int a = 0; a < 3; ++a) {
-        node(a).addMass(m / 3.0);
-        node(a).addInertia(inertia);
-    }
+    TriangleGeometry::lumpMass(node(0), node(1), node(2), m, initialThickness, area);
     return m;
 }
 

@@ -303,31 +303,16 @@ void S3L_C0::assembleMassMatrix() {
     const double m = material->getDensity() * area;
     // Also catches a degenerate triangle, whose basis and area are not finite.
     if (!(m > 0.0)) throw std::invalid_argument(errorPrefix() + ". Element mass is zero or negative");
-    const double alpha = material->getAlpha();
-    const double I = TriangleGeometry::nodalInertia(m, thickness, area);
-    TNT::Array2D<double> inertia(3, 3, 0.0);
-    for (int i = 0; i < 3; ++i)
-        inertia[i][i] = I;
-    for (int a = 0; a < 3; ++a) {
-        Node& node = *nodes[a];
-        node.addMass(m / 3.0);
-        node.setRayleighDamping(alpha);
-        node.addInertia(inertia);
-    }
+    TriangleGeometry::lumpMass(*nodes[0], *nodes[1], *nodes[2], m, thickness, area);
+    for (int a = 0; a < 3; ++a)
+        nodes[a]->setRayleighDamping(material->getAlpha());
     contact.assembleMassMatrix();
 }
 
 double S3L_C0::addLumpedMass(double factor) {
     // The lumping of assembleMassMatrix, for factor times the initial mass.
     const double m = factor * (material->getDensity() * area);
-    const double I = TriangleGeometry::nodalInertia(m, thickness, area);
-    TNT::Array2D<double> inertia(3, 3, 0.0);
-    for (int i = 0; i < 3; ++i)
-        inertia[i][i] = I;
-    for (int a = 0; a < 3; ++a) {
-        node(a).addMass(m / 3.0);
-        node(a).addInertia(inertia);
-    }
+    TriangleGeometry::lumpMass(node(0), node(1), node(2), m, thickness, area);
     return m;
 }
 

@@ -64,3 +64,14 @@ void TriangleGeometry::currentDirection(const double (&F)[2][2], const double (&
     for (int k = 0; k < 3; ++k)
         out[k] = v[k] / length;
 }
+
+void TriangleGeometry::lumpMass(Node& n1, Node& n2, Node& n3, double mass, double thickness, double area) {
+    const double I = nodalInertia(mass, thickness, area);
+    TNT::Array2D<double> inertia(3, 3, 0.0);
+    for (int r = 0; r < 3; ++r)
+        inertia[r][r] = I;
+    for (Node* n : {&n1, &n2, &n3}) {
+        n->addMass(mass / 3.0);
+        n->addInertia(inertia);
+    }
+}

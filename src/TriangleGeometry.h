@@ -49,6 +49,9 @@ public:
     static double nodalInertia(double mass, double thickness, double area) {
         return mass / 3.0 * (thickness * thickness / 12.0 + area / 12.0);
     }
+    // Lumps a triangle's mass m onto its nodes: m/3 and that inertia about
+    // each axis to each.
+    static void lumpMass(Node& n1, Node& n2, Node& n3, double mass, double thickness, double area);
     // 0.1 (2A / L_max) / c, with L_max the longest edge of n1 n2 n3 now. Not
     // a number when c and the altitude are zero.
     static double stableStep(const Node& n1, const Node& n2, const Node& n3, double area, double waveSpeed);
