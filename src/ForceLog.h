@@ -11,10 +11,15 @@
 // Every node so receives its forces in one fixed order: its owner's, the
 // later blocks' in element order, the earlier blocks' in element order.
 //
-// On several threads every force on a node of another block is logged (that
-// block may be running at the same time). On one thread the blocks run in
-// order, so a later block's force can be added at once and only an earlier
-// block's is logged: the order, and so every sum, is the same bit for bit.
+// The threads run chunks of consecutive blocks, each chunk in block order on
+// one thread. A block adds at once to the nodes of its chunk's earlier
+// blocks, whose own forces are already in, and logs its forces on the nodes
+// of earlier chunks (which may be running at the same time) and of later
+// blocks. Within a chunk the direct forces come in block order, and the
+// logged ones, all from later chunks, follow in block order: whatever the
+// chunks, every node receives its forces in the order above, and every sum
+// is the same bit for bit. One thread runs one chunk of all the blocks and
+// logs only the pushes of earlier blocks.
 #pragma once
 
 #include <cstddef>
@@ -33,12 +38,13 @@ public:
     // block it works on; no log outside the pass (every force is added at once).
     static inline thread_local ForceLog* active = nullptr;
     static inline thread_local int activeBlock = -1;
-    // Whether other threads run other blocks at the same time.
-    static inline thread_local bool shared = false;
+    // The first block of the chunk the calling thread runs: the chunk's
+    // blocks run in order on this thread, others may run at the same time.
+    static inline thread_local int chunkStart = 0;
 
     // Whether a force of the active block on a node that `owner` owns goes to
     // the log (see above).
-    static bool logs(int owner) { return owner > activeBlock || (owner < activeBlock && shared); }
+    static bool logs(int owner) { return owner > activeBlock || owner < chunkStart; }
 
     // Room for `entries` contributions, so that a pass allocates nothing once
     // the logs have grown to what the model needs.

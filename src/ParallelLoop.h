@@ -2,12 +2,12 @@
 // the results are the same bit for bit for any number of threads.
 //
 // The element pass splits the elements, in the model's element order, into
-// blocks of a fixed size; threads take whole blocks, and forces on nodes that
-// another block owns go through that block's ForceLog (ForceLog.h), added in
-// block order after the pass. The node pass splits the nodes, in update
+// blocks of a fixed size; threads take chunks of consecutive blocks, and
+// forces on nodes that another chunk owns go through the block's ForceLog
+// (ForceLog.h), added in block order after the pass. The node pass splits the nodes, in update
 // order, into runs of a fixed size; each run sums its energies on its own and
 // the runs are added in order. Neither size depends on the number of threads,
-// so neither does any sum.
+// and the chunks change no order of a sum, so no sum depends on it.
 //
 // The threads are those of the OpenMP runtime: started once, at the first
 // pass, and kept waiting between passes (OMP_NUM_THREADS sets how many; all
@@ -73,7 +73,8 @@ private:
     std::size_t blocks = 0, runs = 0, blockSize = 1, runSize = 1;
     bool parallelElements = false, parallelNodes = false, contactPushes = false;
     std::vector<ForceLog> logs;
-    std::vector<double> blockStep;
+    std::size_t chunks = 1;
+    std::vector<double> chunkStep;
     std::vector<std::exception_ptr> failures;
     std::size_t lastLogged = 0;
 };
