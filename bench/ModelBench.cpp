@@ -3,7 +3,7 @@
 // contact search, force clearing and time advance) as the program runs the
 // increments that write no results.
 //
-//   drapex_bench DECK [--seconds S] [--increments N]
+//   drapex_bench DECK [--seconds S] [--increments N] [--alternate R]
 //
 // (logged is the number of nodal contributions the last element pass kept
 // in the logs of its blocks, see ForceLog.h)
@@ -16,16 +16,27 @@
 // where the times per increment are processor time (the wall-clock time
 // is given last), model_bytes is the heap the assembled model holds and peak_bytes the
 // most heap held at once from reading the deck to the end of the timed loop.
+//
+// --alternate R then runs R rounds of the same number of increments, each
+// round first on one thread and then on all of them, and prints
+//   ALTERNATE rounds=.. increments=.. threads=.. one_thread_us=..
+//             all_threads_us=.. speedup=..
+// with the fastest round of each (wall-clock time per increment). The two
+// counts take turns within seconds of each other in one process, so that a
+// shared machine's drift hits both alike; the results do not depend on the
+// number of threads, so the model runs on unchanged.
 #include "AllocationCounter.h"
 #include "ErrorChain.h"
 #include "Model.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <iostream>
+#include <omp.h>
 #include <string>
 #include <sys/resource.h>
 
@@ -51,12 +62,15 @@ int main(int argc, char** argv) {
     const std::string deck = argv[1];
     double targetSeconds = 2.0;
     long fixedIncrements = 0;
+    int alternateRounds = 0;
     for (int i = 2; i + 1 < argc; i += 2) {
         const std::string option = argv[i];
         if (option == "--seconds")
             targetSeconds = std::atof(argv[i + 1]);
         else if (option == "--increments")
             fixedIncrements = std::atol(argv[i + 1]);
+        else if (option == "--alternate")
+            alternateRounds = std::atoi(argv[i + 1]);
         else {
             std::cerr << "unknown option " << option << "\n";
             return 2;
@@ -118,6 +132,25 @@ int main(int argc, char** argv) {
             static_cast<long long>(after.peakBytes - base.liveBytes), usage.ru_maxrss, setupSeconds,
             model.getTimeStep(), wallPerIncrement, ParallelLoop::threads(),
             model.getParallelLoop().loggedContributions());
+        if (alternateRounds > 0) {
+            const int all = omp_get_max_threads();
+            // About a quarter of a second a round on one thread.
+            const long round = std::max(1L, static_cast<long>(0.25 * 1e6 / std::max(wallPerIncrement, 1.0) * all));
+            double best[2] = {1e300, 1e300};
+            for (int r = 0; r < alternateRounds; ++r)
+                for (int k = 0; k < 2; ++k) {
+                    omp_set_num_threads(k == 0 ? 1 : all);
+                    const auto start = std::chrono::steady_clock::now();
+                    for (long i = 0; i < round; ++i)
+                        increment();
+                    best[k] = std::min(best[k], seconds(std::chrono::steady_clock::now() - start) /
+                                                    static_cast<double>(round) * 1e6);
+                }
+            omp_set_num_threads(all);
+            std::printf("ALTERNATE rounds=%d increments=%ld threads=%d one_thread_us=%.3f all_threads_us=%.3f "
+                        "speedup=%.3f\n",
+                        alternateRounds, round, all, best[0], best[1], best[0] / best[1]);
+        }
     } catch (const std::exception& e) {
         std::cerr << "drapex_bench: " << chainOf(e) << "\n";
         return 1;

@@ -9,6 +9,8 @@
                                                # two builds side by side
     python3 bench/run_benchmarks.py --threads 1,2
                                                # the same build on 1 and 2 threads
+    python3 bench/run_benchmarks.py --interleave 10
+                                               # 1 and all threads in turn, in one run
 
 With --against, every case runs the same increments with both builds in
 turn (A B A B ...), so that the drift of a shared machine hits both alike,
@@ -18,6 +20,12 @@ With --threads, every case runs once per thread count (OMP_NUM_THREADS), in
 turn, and the runs are ranked by their wall-clock time per increment (the
 processor time of several threads adds up); the table adds the speed-up of
 each count over the first.
+
+With --interleave R, every case runs once and then R rounds of the same
+increments on one thread and on all threads in turn, within one process
+(drapex_bench --alternate R); the speed-up line compares the fastest round
+of each. On a shared machine this is the steadier figure: the two counts
+are timed seconds apart, not minutes.
 
 The smoke mode takes a few seconds and is run by the test command: it checks
 that every case still builds, runs and reports its figures. It never fails
@@ -128,7 +136,7 @@ def make_deck(command, workdir):
     return deck, ""
 
 
-def run_case(deck, benches, workdir, seconds, repeat, threads=None):
+def run_case(deck, benches, workdir, seconds, repeat, extra=()):
     """The fastest of `repeat` runs of each build, the builds taking turns.
 
     benches is a list of (drapex_bench, thread count or None)."""
@@ -136,17 +144,22 @@ def run_case(deck, benches, workdir, seconds, repeat, threads=None):
     # same increments, the fastest is the best estimate of the cost.
     best = [None] * len(benches)
     increments = None
+    extra = list(extra)
     for _ in range(repeat):
         for k, (bench, count) in enumerate(benches):
             limit = ["--increments", increments] if increments else ["--seconds", str(seconds)]
             env = dict(os.environ)
             if count:
                 env["OMP_NUM_THREADS"] = str(count)
-            ran = subprocess.run([bench, deck] + limit, capture_output=True, text=True, cwd=workdir, env=env)
+            ran = subprocess.run([bench, deck] + limit + extra, capture_output=True, text=True, cwd=workdir,
+                                 env=env)
             result = None
             for line in ran.stdout.splitlines():
                 if line.startswith("RESULT "):
                     result = dict(item.split("=", 1) for item in line.split()[1:])
+                if line.startswith("ALTERNATE ") and result is not None:
+                    result.update(("alternate_" + k, v) for k, v in
+                                  (item.split("=", 1) for item in line.split()[1:]))
             if result is None:
                 return None, "failed: " + (ran.stderr.strip() or ran.stdout.strip()[-300:])
             increments = result["increments"]
@@ -167,6 +180,8 @@ def main(argv=None):
     p.add_argument("--bench", default=os.path.join(ROOT, "build", "bench", "drapex_bench"))
     p.add_argument("--against", help="a second drapex_bench (another build) to run side by side")
     p.add_argument("--threads", help="thread counts to run the build with, side by side (e.g. 1,2)")
+    p.add_argument("--interleave", type=int, metavar="R",
+                   help="R rounds of one thread and all threads in turn, in one process")
     args = p.parse_args(argv)
     paths = [os.path.abspath(b) for b in [args.bench, args.against] if b]
     counts = [int(c) for c in args.threads.split(",")] if args.threads else [None]
@@ -190,7 +205,9 @@ def main(argv=None):
             if args.only and args.only not in name:
                 continue
             deck, note = make_deck(command, workdir)
-            results, note = run_case(deck, benches, workdir, seconds, args.repeat) if deck else (None, note)
+            extra = ["--alternate", str(args.interleave)] if args.interleave else []
+            results, note = (run_case(deck, benches, workdir, seconds, args.repeat, extra) if deck else
+                             (None, note))
             if results is None:
                 print("%-18s %-44s %s" % (name, label, note))
                 failures += note.startswith("failed") or note.startswith("deck generation")
@@ -206,6 +223,13 @@ def main(argv=None):
                        float(result["us_per_element_step"]), float(result["us_per_increment"]),
                        float(result["wall_us_per_increment"]), float(result["allocations_per_increment"]),
                        int(result["peak_bytes"]) / 1024.0 / elements, int(result["model_bytes"]) / 1024.0 / elements))
+            if args.interleave:
+                for result in results:
+                    if "alternate_speedup" in result:
+                        print("%-18s 1 and %s threads in turn: %.3f / %.3f ms, speed-up %.2f" %
+                              ("", result["alternate_threads"], float(result["alternate_one_thread_us"]) / 1e3,
+                               float(result["alternate_all_threads_us"]) / 1e3,
+                               float(result["alternate_speedup"])))
             if args.threads:
                 for k in range(1, len(results)):
                     if k % len(counts):
