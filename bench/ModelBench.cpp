@@ -120,22 +120,23 @@ int main(int argc, char** argv) {
         const double elements = static_cast<double>(model.getElements().size());
         const double perIncrement = cpu / static_cast<double>(done) * 1e6;
         const double wallPerIncrement = elapsed / static_cast<double>(done) * 1e6;
-        std::printf(
-            "RESULT elements=%zu nodes=%zu increments=%ld us_per_increment=%.3f "
-            "us_per_element_step=%.5f allocations_per_increment=%.2f model_bytes=%lld "
-            "peak_bytes=%lld max_rss_kb=%ld setup_seconds=%.3f time_step=%g wall_us_per_increment=%.3f threads=%d "
-            "logged=%zu\n",
-            model.getElements().size(), model.getNodes().size(), done, perIncrement,
-            elements > 0 ? perIncrement / elements : 0.0,
-            static_cast<double>(after.allocations - before.allocations) / static_cast<double>(done),
-            static_cast<long long>(built.liveBytes - base.liveBytes),
-            static_cast<long long>(after.peakBytes - base.liveBytes), usage.ru_maxrss, setupSeconds,
-            model.getTimeStep(), wallPerIncrement, ParallelLoop::threads(),
-            model.getParallelLoop().loggedContributions());
+        std::printf("RESULT elements=%zu nodes=%zu increments=%ld us_per_increment=%.3f "
+                    "us_per_element_step=%.5f allocations_per_increment=%.2f model_bytes=%lld "
+                    "peak_bytes=%lld max_rss_kb=%ld setup_seconds=%.3f time_step=%g "
+                    "wall_us_per_increment=%.3f threads=%d "
+                    "logged=%zu\n",
+                    model.getElements().size(), model.getNodes().size(), done, perIncrement,
+                    elements > 0 ? perIncrement / elements : 0.0,
+                    static_cast<double>(after.allocations - before.allocations) / static_cast<double>(done),
+                    static_cast<long long>(built.liveBytes - base.liveBytes),
+                    static_cast<long long>(after.peakBytes - base.liveBytes), usage.ru_maxrss, setupSeconds,
+                    model.getTimeStep(), wallPerIncrement, ParallelLoop::threads(),
+                    model.getParallelLoop().loggedContributions());
         if (alternateRounds > 0) {
             const int all = omp_get_max_threads();
             // About a quarter of a second a round on one thread.
-            const long round = std::max(1L, static_cast<long>(0.25 * 1e6 / std::max(wallPerIncrement, 1.0) * all));
+            const long round =
+                std::max(1L, static_cast<long>(0.25 * 1e6 / std::max(wallPerIncrement, 1.0) * all));
             double best[2] = {1e300, 1e300};
             for (int r = 0; r < alternateRounds; ++r)
                 for (int k = 0; k < 2; ++k) {
@@ -147,9 +148,10 @@ int main(int argc, char** argv) {
                                                     static_cast<double>(round) * 1e6);
                 }
             omp_set_num_threads(all);
-            std::printf("ALTERNATE rounds=%d increments=%ld threads=%d one_thread_us=%.3f all_threads_us=%.3f "
-                        "speedup=%.3f\n",
-                        alternateRounds, round, all, best[0], best[1], best[0] / best[1]);
+            std::printf(
+                "ALTERNATE rounds=%d increments=%ld threads=%d one_thread_us=%.3f all_threads_us=%.3f "
+                "speedup=%.3f\n",
+                alternateRounds, round, all, best[0], best[1], best[0] / best[1]);
         }
     } catch (const std::exception& e) {
         std::cerr << "drapex_bench: " << chainOf(e) << "\n";
