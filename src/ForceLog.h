@@ -46,9 +46,6 @@ public:
     // the log (see above).
     static bool logs(int owner) { return owner > activeBlock || owner < chunkStart; }
 
-    // Room for `entries` contributions, so that a pass allocates nothing once
-    // the logs have grown to what the model needs.
-    void reserve(std::size_t entries) { items.reserve(entries); }
     void add(Node* node, int owner, Family family, int first, double a, double b, double c) {
         items.push_back(Entry{node, owner, family, first, {a, b, c}});
     }
@@ -57,7 +54,6 @@ public:
     static void replay(std::vector<ForceLog>& logs);
     void clear() { items.clear(); }
     std::size_t size() const { return items.size(); }
-    std::size_t capacity() const { return items.capacity(); }
 
 private:
     struct Entry {

@@ -51,17 +51,11 @@ void ParallelLoop::elementPass(const std::vector<std::shared_ptr<Element>>& elem
             elements[i]->runStep(dt, time, automaticStep, step);
         }
     };
-    if (!parallelElements) {
-        runElements(0, elements.size(), candidateStep);
-        lastLogged = 0;
-        return;
-    }
-    // On one thread the blocks run in order and log only what the order of
-    // the sums asks for (ForceLog.h): the same sums, less to log; without
-    // contact elements nothing at all, since no block then adds to a node
-    // that a later block owns.
+    // A model of one block runs as a plain loop, and so does one thread
+    // without contact elements: its blocks would run in order and log
+    // nothing, since no block then adds to a node that a later block owns.
     const bool several = threads() > 1;
-    if (!several && !contactPushes) {
+    if (!parallelElements || (!several && !contactPushes)) {
         runElements(0, elements.size(), candidateStep);
         lastLogged = 0;
         return;

@@ -52,9 +52,7 @@ public:
     void elementPass(const std::vector<std::shared_ptr<Element>>& elements, double dt, double time,
                      bool automaticStep, double& candidateStep);
 
-    std::size_t numberOfBlocks() const { return blocks; }
     std::size_t numberOfRuns() const { return runs; }
-    std::size_t elementsPerBlock() const { return blockSize; }
     std::size_t nodesPerRun() const { return runSize; }
     // Contributions logged by the last element pass (for the benchmarks).
     std::size_t loggedContributions() const { return lastLogged; }
