@@ -95,15 +95,13 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes, Para
     // value do not depend on the order they are taken in).
     packed.resize(count);
     looseNodes.clear();
-    const std::size_t size = ParallelLoop::share(count);
-    const std::size_t runs = (count + size - 1) / size;
-    const bool parallel = loop && count >= ParallelLoop::parallelFrom;
-    extents.resize(runs);
+    const ParallelLoop::Pieces runs(count);
+    extents.resize(runs.number);
     auto forEachRun = [&](auto&& task) {
         if (loop)
-            loop->forEach(runs, parallel, task);
+            loop->forEach(runs.number, runs.parallel(), task);
         else
-            for (std::size_t r = 0; r < runs; ++r)
+            for (std::size_t r = 0; r < runs.number; ++r)
                 task(r);
     };
     forEachRun([&](std::size_t r) {
@@ -111,7 +109,7 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes, Para
         Extent x;
         x.binned = 0;
         x.loose = false;
-        for (std::size_t i = r * size; i < std::min(count, (r + 1) * size); ++i) {
+        for (std::size_t i = runs.begin(r); i < runs.end(r); ++i) {
             Node* n = ordered[i];
             Entry& e = packed[i];
             e = {n->getX_pos(), n->getY_pos(), n->getZ_pos(), n};
@@ -130,10 +128,10 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes, Para
     });
     double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
     int binned = 0;
-    for (std::size_t r = 0; r < runs; ++r) {
+    for (std::size_t r = 0; r < runs.number; ++r) {
         const Extent& x = extents[r];
         if (x.loose)
-            for (std::size_t i = r * size; i < std::min(count, (r + 1) * size); ++i) {
+            for (std::size_t i = runs.begin(r); i < runs.end(r); ++i) {
                 const Entry& e = packed[i];
                 if (!std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z))
                     looseNodes.push_back(e);
@@ -183,7 +181,7 @@ void ContactSearch::update(const std::vector<std::shared_ptr<Node>>& nodes, Para
     nodeStart.assign(cells + 1, 0);
     cellOfNode.resize(count);
     forEachRun([&](std::size_t r) {
-        for (std::size_t i = r * size; i < std::min(count, (r + 1) * size); ++i) {
+        for (std::size_t i = runs.begin(r); i < runs.end(r); ++i) {
             const Entry& e = packed[i];
             cellOfNode[i] = !std::isfinite(e.x) || !std::isfinite(e.y) || !std::isfinite(e.z)
                                 ? -1

@@ -491,14 +491,12 @@ void ContactSurface::computeContactForces(double dt, ParallelLoop& loop) {
     // Each block of facets finds its nodes on any thread and keeps what it
     // offers them, in facet order; the slots then take the offers block by
     // block, as one pass over the facets in order would.
-    const std::size_t size = ParallelLoop::share(facets.size());
-    const std::size_t blocks = (facets.size() + size - 1) / size;
-    if (offers.size() < blocks) offers.resize(blocks);
-    loop.forEach(blocks, facets.size() >= ParallelLoop::parallelFrom, [&](std::size_t block) {
+    const ParallelLoop::Pieces blocks(facets.size());
+    if (offers.size() < blocks.number) offers.resize(blocks.number);
+    loop.forEach(blocks.number, blocks.parallel(), [&](std::size_t block) {
         std::vector<Offer>& found = offers[block].list;
         found.clear();
-        const std::size_t end = std::min(facets.size(), (block + 1) * size);
-        for (std::size_t f = block * size; f < end; ++f) {
+        for (std::size_t f = blocks.begin(block); f < blocks.end(block); ++f) {
             Facet& facet = facets[f];
             double low[3], high[3];
             for (int r = 0; r < 3; ++r)
@@ -525,7 +523,7 @@ void ContactSurface::computeContactForces(double dt, ParallelLoop& loop) {
                                 });
         }
     });
-    for (std::size_t block = 0; block < blocks; ++block)
+    for (std::size_t block = 0; block < blocks.number; ++block)
         for (const Offer& offer : offers[block].list)
             take(offer);
     // In node order, so that the sums on shared facet nodes do not depend on

@@ -306,8 +306,8 @@ void Model::setInitialConditions() {
         // the run needs the map no more.
         std::unordered_map<int, std::shared_ptr<Element>>().swap(elementMap);
         parallel.setUp(elements, nodes, contactSearch->isUsed());
-        nodeRunSums.assign(parallel.numberOfRuns(), EnergyBalance::Partial{});
-        firstDiverged.assign(parallel.numberOfRuns(), 0);
+        nodeRunSums.assign(parallel.nodeRuns().number, EnergyBalance::Partial{});
+        firstDiverged.assign(parallel.nodeRuns().number, 0);
         writer->initializeWriter(nodes, elements);
         // Each print reports the model time it is written at (the series file).
         writer->setClock(currentTime);
@@ -396,13 +396,13 @@ void Model::step(double& candidateStep, bool clearForces) {
     // for each one.
     const std::size_t count = nodes.size();
     const double time = currentTime;
-    parallel.forEach(parallel.numberOfRuns(), parallel.nodesInParallel(), [&](std::size_t r) {
+    const ParallelLoop::Pieces& runs = parallel.nodeRuns();
+    parallel.forEach(runs.number, runs.parallel(), [&](std::size_t r) {
         // Summed here and stored once: the runs' sums lie side by side, and
         // threads writing neighbours would share their cache lines.
         EnergyBalance::Partial sums;
         firstDiverged[r] = count;
-        const std::size_t first = r * parallel.nodesPerRun();
-        const std::size_t end = std::min(count, first + parallel.nodesPerRun());
+        const std::size_t first = runs.begin(r), end = runs.end(r);
         constexpr std::size_t ahead = 4;
         for (std::size_t i = first; i < end && i < first + ahead; ++i)
             nodes[i]->prefetchForUpdate();

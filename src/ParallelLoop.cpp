@@ -18,25 +18,20 @@ std::size_t ParallelLoop::share(std::size_t count) {
 void ParallelLoop::setUp(const std::vector<std::shared_ptr<Element>>& elements,
                          const std::vector<std::shared_ptr<Node>>& nodes, bool contact) {
     contactPushes = contact;
-    blockSize = share(elements.size());
-    runSize = share(nodes.size());
-    blocks = (elements.size() + blockSize - 1) / blockSize;
-    runs = (nodes.size() + runSize - 1) / runSize;
-    parallelElements = elements.size() >= parallelFrom && blocks > 1;
-    parallelNodes = nodes.size() >= parallelFrom && runs > 1;
+    blocks = Pieces(elements.size());
+    runs = Pieces(nodes.size());
     for (const auto& n : nodes)
         n->setOwnerBlock(-1);
     // A node belongs to the first block that uses it: its forces from that
     // block come first in element order, and all later ones are logged.
-    for (std::size_t b = 0; b < blocks; ++b) {
-        const std::size_t end = std::min(elements.size(), (b + 1) * blockSize);
-        for (std::size_t i = b * blockSize; i < end; ++i)
+    for (std::size_t b = 0; b < blocks.number; ++b) {
+        for (std::size_t i = blocks.begin(b); i < blocks.end(b); ++i)
             for (const auto& n : elements[i]->getNodes())
                 if (n && n->getOwnerBlock() < 0) n->setOwnerBlock(static_cast<int>(b));
     }
-    logs.assign(blocks, ForceLog{});
-    chunkStep.assign(blocks, 0.0);
-    failures.assign(std::max(blocks, runs), nullptr);
+    logs.assign(blocks.number, ForceLog{});
+    chunkStep.assign(blocks.number, 0.0);
+    failures.assign(std::max(blocks.number, runs.number), nullptr);
 }
 
 void ParallelLoop::elementPass(const std::vector<std::shared_ptr<Element>>& elements, double dt, double time,
@@ -55,7 +50,7 @@ void ParallelLoop::elementPass(const std::vector<std::shared_ptr<Element>>& elem
     // without contact elements: its blocks would run in order and log
     // nothing, since no block then adds to a node that a later block owns.
     const bool several = threads() > 1;
-    if (!parallelElements || (!several && !contactPushes)) {
+    if (!blocks.parallel() || (!several && !contactPushes)) {
         runElements(0, elements.size(), candidateStep);
         lastLogged = 0;
         return;
@@ -65,18 +60,19 @@ void ParallelLoop::elementPass(const std::vector<std::shared_ptr<Element>>& elem
     // of the blocks before it, and only forces on nodes of another chunk are
     // logged. Several chunks a thread balance the load; how the blocks are
     // cut into chunks changes no sum (ForceLog.h).
-    chunks = several ? std::min<std::size_t>(blocks, 4 * static_cast<std::size_t>(threads())) : 1;
+    chunks = several ? std::min<std::size_t>(blocks.number, 4 * static_cast<std::size_t>(threads())) : 1;
     const double start = candidateStep;
     try {
         forEach(chunks, several, [&](std::size_t c) {
-            const std::size_t firstBlock = c * blocks / chunks, endBlock = (c + 1) * blocks / chunks;
+            const std::size_t firstBlock = c * blocks.number / chunks,
+                              endBlock = (c + 1) * blocks.number / chunks;
             ForceLog::chunkStart = static_cast<int>(firstBlock);
             double step = start;
             try {
                 for (std::size_t b = firstBlock; b < endBlock; ++b) {
                     ForceLog::active = &logs[b];
                     ForceLog::activeBlock = static_cast<int>(b);
-                    runElements(b * blockSize, std::min(elements.size(), (b + 1) * blockSize), step);
+                    runElements(blocks.begin(b), blocks.end(b), step);
                 }
             } catch (...) {
                 ForceLog::active = nullptr;

@@ -16,6 +16,7 @@
 
 #include "ForceLog.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <exception>
 #include <memory>
@@ -35,6 +36,18 @@ public:
     // the same either way.
     static constexpr std::size_t parallelFrom = 2048;
 
+    // `count` items cut into consecutive pieces of share(count) items; the
+    // same cut for any number of threads.
+    struct Pieces {
+        std::size_t count = 0, size = 1, number = 0;
+        Pieces() = default;
+        explicit Pieces(std::size_t n) : count(n), size(share(n)), number((n + size - 1) / size) {}
+        std::size_t begin(std::size_t k) const { return k * size; }
+        std::size_t end(std::size_t k) const { return std::min(count, (k + 1) * size); }
+        // Whether a pass over them is worth the threads (see parallelFrom).
+        bool parallel() const { return count >= parallelFrom && number > 1; }
+    };
+
     // The number of threads the passes run on.
     static int threads();
 
@@ -52,8 +65,8 @@ public:
     void elementPass(const std::vector<std::shared_ptr<Element>>& elements, double dt, double time,
                      bool automaticStep, double& candidateStep);
 
-    std::size_t numberOfRuns() const { return runs; }
-    std::size_t nodesPerRun() const { return runSize; }
+    // The runs of the node pass.
+    const Pieces& nodeRuns() const { return runs; }
     // Contributions logged by the last element pass (for the benchmarks).
     std::size_t loggedContributions() const { return lastLogged; }
 
@@ -62,14 +75,12 @@ public:
     // k is thrown again: the one a loop in order would have met first.
     // `parallel` false runs them in order on the calling thread.
     template <class Task> void forEach(std::size_t count, bool parallel, Task&& task);
-    // Whether the node pass uses the threads.
-    bool nodesInParallel() const { return parallelNodes; }
 
 private:
     void rethrowFirst(std::size_t count);
 
-    std::size_t blocks = 0, runs = 0, blockSize = 1, runSize = 1;
-    bool parallelElements = false, parallelNodes = false, contactPushes = false;
+    Pieces blocks, runs;
+    bool contactPushes = false;
     std::vector<ForceLog> logs;
     std::size_t chunks = 1;
     std::vector<double> chunkStep;
